@@ -1,0 +1,123 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+namespace zk {
+
+// Double-ended queue in one block of memory that doubles when full, so that a queue which has
+// reached its working size never allocates again. Move-only; one thread at a time.
+template <typename T>
+class RingQueue {
+    static_assert(std::is_trivially_copyable_v<T>, "elements move by copying bytes");
+
+public:
+    RingQueue() = default;
+    ~RingQueue() { std::free(mItems); }
+    RingQueue(RingQueue&& other) noexcept { swap(other); }
+    RingQueue& operator=(RingQueue&& other) noexcept {
+        RingQueue taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
+    RingQueue(const RingQueue&) = delete;
+    RingQueue& operator=(const RingQueue&) = delete;
+
+    size_t size() const { return mSize; }
+    bool empty() const { return mSize == 0; }
+    // Counted from the front; `index` must be below size().
+    T& operator[](size_t index) { return mItems[slot(index)]; }
+    const T& operator[](size_t index) const { return mItems[slot(index)]; }
+    T& front() { return mItems[mFront]; }
+    const T& front() const { return mItems[mFront]; }
+    const T& back() const { return (*this)[mSize - 1]; }
+
+    // False, with nothing changed, where memory is refused.
+    bool push_back(const T& item) {
+        if (mSize == mCapacity && !reserve(mCapacity == 0 ? kFirstCapacity : mCapacity * 2)) {
+            return false;
+        }
+        std::memcpy(static_cast<void*>(&mItems[slot(mSize)]), &item, sizeof(T));
+        ++mSize;
+        return true;
+    }
+
+    void pop_front() {
+        mFront = slot(1);
+        --mSize;
+    }
+
+    // Drops all but the newest `count`.
+    void keepNewest(size_t count) {
+        while (mSize > count) {
+            pop_front();
+        }
+    }
+
+    // Empties the queue and keeps its memory.
+    void reset() { mFront = mSize = 0; }
+    // Empties the queue and gives its memory back.
+    void clear() { *this = RingQueue(); }
+
+    // Room for `capacity` elements, rounded up to a power of two. False where memory is refused.
+    bool reserve(size_t capacity) {
+        size_t rounded = kFirstCapacity;
+        while (rounded < capacity) {
+            rounded *= 2;
+        }
+        if (rounded <= mCapacity) {
+            return true;
+        }
+        T* items = static_cast<T*>(std::malloc(rounded * sizeof(T)));
+        if (items == nullptr) {
+            return false;
+        }
+        copyTo(items, mSize);
+        std::free(mItems);
+        mItems = items;
+        mCapacity = rounded;
+        mFront = 0;
+        return true;
+    }
+
+    // A queue of copies of the `count` oldest elements; shorter where memory is refused.
+    RingQueue oldest(size_t count) const {
+        RingQueue result;
+        if (count > 0 && result.reserve(count)) {
+            copyTo(result.mItems, count);
+            result.mSize = count;
+        }
+        return result;
+    }
+
+private:
+    static constexpr size_t kFirstCapacity = 32;
+
+    size_t slot(size_t index) const { return (mFront + index) & (mCapacity - 1); }
+
+    void copyTo(T* items, size_t count) const {
+        const size_t untilWrap = count < mCapacity - mFront ? count : mCapacity - mFront;
+        if (count > 0) {
+            std::memcpy(static_cast<void*>(items), mItems + mFront, untilWrap * sizeof(T));
+            std::memcpy(static_cast<void*>(items + untilWrap), mItems,
+                        (count - untilWrap) * sizeof(T));
+        }
+    }
+
+    void swap(RingQueue& other) noexcept {
+        std::swap(mItems, other.mItems);
+        std::swap(mCapacity, other.mCapacity);
+        std::swap(mFront, other.mFront);
+        std::swap(mSize, other.mSize);
+    }
+
+    T* mItems = nullptr;
+    size_t mCapacity = 0;  // zero or a power of two
+    size_t mFront = 0;
+    size_t mSize = 0;
+};
+
+}  // namespace zk
