@@ -1,0 +1,143 @@
+#include "livephoto/LivePhoto.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "livephoto/LivePhotoRequest.h"
+#include "livephoto/SharedBuffer.h"
+#include "platform/BoundedMemory.h"
+#include "platform/Log.h"
+#include "platform/ORNProxy.h"
+
+namespace zk {
+
+void LivePhoto::store(uint32_t frameNumber, const frameData& record) {
+    const size_t place = frameNumber % kFrames;
+    const SpinLockGuard guard(mLivePhotoLock);
+    if (mLivePhotoDataMap == nullptr) {
+        mLivePhotoDataMap.reset(new (std::nothrow) frameData[kFrames]);
+        if (mLivePhotoDataMap == nullptr) {
+            return;
+        }
+    }
+    mLivePhotoDataMap[place] = record;
+    mIsStored.set(place);
+}
+
+void LivePhoto::write(uint32_t frameNumber, WriteFunc writer, const void* data) {
+    const size_t place = frameNumber % kFrames;
+    const SpinLockGuard guard(mLivePhotoLock);
+    if (mIsStored[place]) {
+        writer(mLivePhotoDataMap[place].bytes, data);
+    }
+}
+
+void LivePhoto::DoneDataForLivePhoto(uint32_t frameNumber) {
+    const size_t place = frameNumber % kFrames;
+    bool isFull = false;
+    {
+        const SpinLockGuard guard(mLivePhotoLock);
+        if (!mIsStored[place]) {
+            return;
+        }
+        isFull = mOfflineVDRDataOut.size() >= kFrames;
+        if (isFull) {
+            mOfflineVDRDataOut.pop_front();
+        }
+        mOfflineVDRDataOut.push_back(mLivePhotoDataMap[place]);
+    }
+    if (isFull) {
+        VDR_LOGD("VDR::DoneDataForLivePhoto, mOfflineVDRDataOut size larger than 180!");
+    }
+}
+
+LivePhoto::Post LivePhoto::select(uint32_t start, uint32_t end) {
+    Post post;
+    const SpinLockGuard guard(mLivePhotoLock);
+    while (!mOfflineVDRDataOut.empty() && mOfflineVDRDataOut.front().frameNumber() < start) {
+        post.droppedFrames.push_back(mOfflineVDRDataOut.front().frameNumber());
+        mOfflineVDRDataOut.pop_front();
+    }
+    // Wraps around: an end just before the start gives none, any earlier one gives all.
+    const size_t wanted = end - start + 1;
+    post.records = mOfflineVDRDataOut.oldest(std::min(wanted, mOfflineVDRDataOut.size()));
+    return post;
+}
+
+void LivePhoto::PostDataForLivePhoto(bool isOpen, int32_t fd, const std::string& requestText) {
+    const LivePhotoRequest request = LivePhotoRequest::parse(requestText);
+    int32_t state = 0;
+    int munmapRet = -1;
+    if (isOpen) {
+        SharedBuffer buffer(fd, request.bufferSize);
+        if (!buffer.isDuplicated()) {
+            return;
+        }
+        const uint32_t first =
+                Orn::Adapter::Common::ORNProxy::GetInstance()->GetFirstAppFrameNumber();
+        const uint32_t start = request.startFrame - first;
+        const uint32_t end = request.endFrame - first;
+        VDR_LOGD(
+                "VDR::PostDataForLivePhoto, firstAppFrameNum=%u, stratFrame=%u, endFrame=%u, "
+                "bufferSize=%u, id=%s!",
+                first, start, end, request.bufferSize, request.id.c_str());
+        Post post = select(start, end);
+        for (; !post.droppedFrames.empty(); post.droppedFrames.pop_front()) {
+            VDR_LOGD("VDR::PostDataForLivePhoto, pop out data, chiFrameNum=%u!",
+                     post.droppedFrames.front());
+        }
+        const size_t needed = post.records.size() * kFrameRecordSize;
+        if (!buffer.holds(needed)) {
+            VDR_LOGE(
+                    "VDR::PostDataForLivePhoto, buffer:%p, apk apply size:%u, postQueue need "
+                    "size:%u!",
+                    buffer.address(), request.bufferSize, static_cast<uint32_t>(needed));
+        } else {
+            auto* place = static_cast<uint8_t*>(buffer.address());
+            for (uint32_t i = 0; !post.records.empty(); ++i, place += kFrameRecordSize) {
+                const frameData& record = post.records.front();
+                if (memcpy_s(place, kFrameRecordSize, record.bytes, kFrameRecordSize) != 0) {
+                    VDR_LOGE("VDR::PostDataForLivePhoto, memcpy_s fail!");
+                }
+                VDR_LOGD("VDR::PostDataForLivePhoto, count=%u, chiFrameNum=%u!", i,
+                         record.frameNumber());
+                post.records.pop_front();
+            }
+            state = 1;
+        }
+        munmapRet = buffer.unmap();
+    }
+    const std::string outStr = livePhotoReply(request.id, state);
+    CamDataCb callback;
+    {
+        const SpinLockGuard guard(mResultCamDataCbLock);
+        callback = mResultCamDataCb;
+    }
+    if (callback) {
+        callback(kResultCode, outStr);
+        VDR_LOGD("VDR::PostDataForLivePhoto, mResultCamDataCb execute!");
+    }
+    VDR_LOGD("VDR::PostDataForLivePhoto, outStr: %s, returnState %d, id %s, munmapRet %d!",
+             outStr.c_str(), state, request.id.c_str(), munmapRet);
+}
+
+void LivePhoto::RegisterCamDataCb(CamDataCb callback) {
+    if (!callback) {
+        VDR_LOGE("VDR::%s, func is nullptr", __func__);
+        return;
+    }
+    {
+        const SpinLockGuard guard(mResultCamDataCbLock);
+        mResultCamDataCb.swap(callback);
+    }
+    VDR_LOGD("VDR::%s success!", __func__);
+}
+
+void LivePhoto::clear() {
+    const SpinLockGuard guard(mLivePhotoLock);
+    mIsStored.reset();
+    mOfflineVDRDataOut.clear();
+}
+
+}  // namespace zk
