@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "recorder/FrameBlockMap.h"
+#include "recorder/SpinLock.h"
+#include "records/RingQueue.h"
+#include "records/frameData.h"
+
+namespace zk {
+
+class BinDumpFile;
+
+// The record blocks, 80 of 4096 bytes, allocated once, each in exactly one of three pools:
+//
+//   ready ──take──> processing ──complete──> done ──report──> ready
+//
+// A block is zero whenever it is ready. Any thread; nothing here allocates after construction.
+class FrameRecordPool {
+public:
+    struct Sizes {
+        size_t ready;
+        size_t processing;
+        size_t done;
+    };
+    enum class Copy { kDone, kFailed, kNoSuchFrame };
+
+    // `dataPoolLock` must outlive this. Blocks that cannot be allocated are logged and missing.
+    explicit FrameRecordPool(SpinLock& dataPoolLock);
+    ~FrameRecordPool();
+    FrameRecordPool(const FrameRecordPool&) = delete;
+    FrameRecordPool& operator=(const FrameRecordPool&) = delete;
+
+    // Nothing happens where no block is free or the frame has one already.
+    void take(uint32_t frameNumber);
+    // The block of a frame that is being filled, or null. It is written outside the lock.
+    void* find(uint32_t frameNumber);
+    // Copies the block of a frame that is being filled.
+    Copy copy(uint32_t frameNumber, frameData& out);
+    // Moves the frame's block to the done pool and copies it.
+    Copy complete(uint32_t frameNumber, frameData& out);
+    // Stages the oldest done block for the binary dump file where recording is on, clears and
+    // frees it. The file is written under the lock, which keeps staging and writing in one order.
+    void reportOldest(BinDumpFile& binDumpFile);
+    // The oldest done block or null; valid until it is reported.
+    void* oldestDone();
+    // Frame number of the oldest done block; false where there is none.
+    bool oldestDoneFrameNumber(uint32_t& frameNumber);
+    // Frees every block, cleared, wherever it was.
+    void recycleAll();
+    Sizes sizes();
+
+private:
+    static constexpr size_t kBlocks = FrameBlockMap::kMaxEntries;
+
+    static Copy copyBlock(const void* block, frameData& out);
+
+    SpinLock& mDataPoolLock;             // shared with the staging buffer of the binary dump file
+    std::vector<void*> mDataBufferList;  // owns the blocks; fixed after construction
+    RingQueue<void*> mDataReadyPool VDR_GUARDED_BY(mDataPoolLock);
+    FrameBlockMap mDataProcessingPool VDR_GUARDED_BY(mDataPoolLock);
+    RingQueue<void*> mDataDonePool VDR_GUARDED_BY(mDataPoolLock);  // oldest at the front
+};
+
+}  // namespace zk

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <atomic>
+
+// Clang checks at compile time that what a lock guards is touched under it only; other compilers
+// skip the annotations.
+#if defined(__clang__)
+#define VDR_THREAD_ANNOTATION(x) __attribute__((x))
+#else
+#define VDR_THREAD_ANNOTATION(x)
+#endif
+#define VDR_CAPABILITY(name) VDR_THREAD_ANNOTATION(capability(name))
+#define VDR_SCOPED_CAPABILITY VDR_THREAD_ANNOTATION(scoped_lockable)
+#define VDR_GUARDED_BY(lock) VDR_THREAD_ANNOTATION(guarded_by(lock))
+#define VDR_PT_GUARDED_BY(lock) VDR_THREAD_ANNOTATION(pt_guarded_by(lock))
+#define VDR_REQUIRES(...) VDR_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
+#define VDR_EXCLUDES(...) VDR_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
+#define VDR_ACQUIRE(...) VDR_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
+#define VDR_RELEASE(...) VDR_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
+#define VDR_ASSERT_CAPABILITY(x) VDR_THREAD_ANNOTATION(assert_capability(x))
+
+namespace zk {
+
+// The recorder's one kind of lock: one byte, no kernel object, a nap between attempts instead of
+// a busy loop, since its holders do no more than copy a record.
+class VDR_CAPABILITY("SpinLock") SpinLock {
+public:
+    SpinLock() = default;
+    SpinLock(const SpinLock&) = delete;
+    SpinLock& operator=(const SpinLock&) = delete;
+
+    void lock() VDR_ACQUIRE() {
+        bool expected = false;
+        while (!mLocked.compare_exchange_weak(expected, true)) {
+            usleep(kNapMicroseconds);
+            expected = false;
+        }
+    }
+
+    // Releasing a free lock does nothing.
+    void unlock() VDR_RELEASE() {
+        bool expected = true;
+        mLocked.compare_exchange_strong(expected, false);
+    }
+
+    // For the compiler only, where the lock is known to be held under another name.
+    void assertHeld() const VDR_ASSERT_CAPABILITY(this) {}
+
+private:
+    static constexpr useconds_t kNapMicroseconds = 10;
+
+    std::atomic<bool> mLocked{false};
+};
+
+static_assert(sizeof(SpinLock) == 1, "one byte");
+
+class VDR_SCOPED_CAPABILITY SpinLockGuard {
+public:
+    explicit SpinLockGuard(SpinLock& lock) VDR_ACQUIRE(lock) : mLock(lock) { mLock.lock(); }
+    ~SpinLockGuard() VDR_RELEASE() { mLock.unlock(); }
+    SpinLockGuard(const SpinLockGuard&) = delete;
+    SpinLockGuard& operator=(const SpinLockGuard&) = delete;
+
+private:
+    SpinLock& mLock;
+};
+
+}  // namespace zk

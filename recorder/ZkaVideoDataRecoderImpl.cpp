@@ -1,0 +1,450 @@
+#include "recorder/ZkaVideoDataRecoderImpl.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "frameloss/FrameDropEvents.h"
+#include "platform/CameraMemoryItemInfo.h"
+#include "platform/Clock.h"
+#include "platform/DfxMonitorAgency.h"
+#include "platform/FrameDropNotification.h"
+#include "platform/Log.h"
+#include "platform/Properties.h"
+#include "platform/SyncManager.h"
+#include "records/FieldTags.h"
+#include "records/VDRData1.h"
+#include "records/VDRData2.h"
+#include "registries/MemoryAllocTimeoutInfo.h"
+
+namespace zk {
+namespace {
+
+constexpr long kCommercialBuild = 6;
+constexpr int32_t kNoPreview = -1;  // scene mode
+constexpr int32_t kNullEvent = -22;
+constexpr uint64_t kLastIgnoredFrame = 10;  // the pipeline is still starting up to here
+constexpr uint8_t kVideoStarts = 1;         // values of the field videoAction
+constexpr uint8_t kVideoEnded = 2;
+
+long userType() {
+    char text[kPropertyValueMax] = {};
+    property_get("ro.logsystem.usertype", text, "0");
+    return std::strtol(text, nullptr, 0);
+}
+
+}  // namespace
+
+ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
+      : mVDRLevel(property_get_int32("vendor.camera.debug.VideoDataRecorderLevel", 1)),
+        mBinDumpFile(mDataPoolLock),
+        mFrameRecordPool(mDataPoolLock),
+        mName2Tag(makeName2Tag()),
+        mTag2WriteFunc(kTagCount),
+        mLossAccounts(std::make_shared<LossAccounts>()),
+        mFrameLossLimit(mLossAccounts),
+        mFrameLossHistory(mVDRLevel, mLossAccounts) {
+    const std::shared_ptr<Orn::IEventAgency> eventAgency =
+            DfxMonitorAgency::GetInstance()->GetEventAgency();
+    if (eventAgency == nullptr) {
+        VDR_LOGE("%s is true!", "eventAgency == nullptr");
+        return;
+    }
+    mEventClient = eventAgency->CreateEventClient("ZkaVideoDataRecoderImpl");
+    if (mEventClient == nullptr) {
+        VDR_LOGE("%s is true!", "mEventClient == nullptr");
+    } else {
+        SubscribeEvent({ZkCamera::FrameDropNotification::kEventId});
+    }
+    mFrameLossLimit.start(platform::wallClockSeconds());
+    VDR_LOGI(
+            "VDR::construct ZkaVideoDataRecoderImpl, mPreviewRecordStatus=%d, mVDRLevel=%d, "
+            "mVDRStatus=%d, close VDR!",
+            mBinDumpFile.isOn(), mVDRLevel, mVDRStatus.load());
+}
+
+ZkaVideoDataRecoderImpl::~ZkaVideoDataRecoderImpl() {
+    VDR_LOGI("VDR::deconstruct ZkaVideoDataRecoderImpl!");
+}
+
+void ZkaVideoDataRecoderImpl::SubscribeEvent(const std::vector<uint32_t>& eventIds) {
+    mEventClient->SetEventCallback(
+            [this](std::shared_ptr<Orn::IEvent> event) { return ReceiveEvent(std::move(event)); });
+    if (const int ret = mEventClient->SubscribeEvents(eventIds); ret != 0) {
+        VDR_LOG_DFX("SubscribeEvents failed, ret = %d", ret);
+    } else {
+        VDR_LOG_DFX("SubscribeEvents success");
+    }
+}
+
+void ZkaVideoDataRecoderImpl::initialize(uint8_t videoDebugSupport, int32_t sceneMode) {
+    const bool isForcedOn =
+            property_get_int32("vendor.camera.debug.VideoDataRecorderStatus", 0) != 0;
+    if (!isForcedOn && userType() == kCommercialBuild) {
+        VDR_LOGI("VDR::initialize, product is commercial, close VDR!");
+        mVDRStatus = false;
+        return;
+    }
+    if (videoDebugSupport == 0) {
+        VDR_LOGI("VDR::initialize videoDebugSupport=0, close VDR!");
+        mVDRStatus = false;
+        return;
+    }
+    if (sceneMode != kNoPreview) {
+        const SpinLockGuard guard(mPreviewEventLock);
+        if (!mPreviewStartTime.has_value()) {
+            mPreviewStartTime = platform::wallClockMicroseconds();
+            if (mEventClient == nullptr ||
+                !DfxMonitorAgency::GetInstance()->sendEvent<ZkCamera::FrameDropPreviewStart>(
+                        mEventClient, *mPreviewStartTime, sceneMode)) {
+                VDR_LOG_DFX("%s send event failed at line:%d", __func__, __LINE__);
+            }
+        }
+    }
+    mVDRStatus = true;
+    VDR_LOGI("VDR::initialize, open VDR(sceneMode:%d)!", sceneMode);
+    if (mVDRLevel == 2) {
+        mName2FuncMap = vdr2::VDRData2::getName2FuncMap();
+        VDR_LOGI(
+                "VDR::initialize ZkaVideoDataRecoderImpl, "
+                "vdr2::VDRData2::getName2FuncMap()=%p!",
+                static_cast<const void*>(mName2FuncMap));
+    } else if (mVDRLevel == 1) {
+        mName2FuncMap = vdr1::VDRData1::getName2FuncMap();
+        VDR_LOGI(
+                "VDR::initialize ZkaVideoDataRecoderImpl, "
+                "vdr1::VDRData1::getName2FuncMap()=%p!",
+                static_cast<const void*>(mName2FuncMap));
+    } else {
+        VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, VDR level not match any, close VDR!");
+        mVDRStatus = false;
+        return;
+    }
+    bindWriters();
+    VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=%d!",
+             static_cast<int>(mTag2WriteFunc.size()));
+    mBinDumpFile.setBinFile();
+    mSystemStatus.SystemStatusInit(sceneMode);
+    const FrameRecordPool::Sizes sizes = mFrameRecordPool.sizes();
+    VDR_LOGI(
+            "VDR::initialize(), mDataReadyPool.size()=%d, mDataDonePool.size()=%d, "
+            "mDataProcessingPool.size()=%d!",
+            static_cast<int>(sizes.ready), static_cast<int>(sizes.done),
+            static_cast<int>(sizes.processing));
+}
+
+void ZkaVideoDataRecoderImpl::bindWriters() {
+    const Name2FuncMap& name2FuncMap = *mName2FuncMap;
+    for (const auto& [name, tag] : mName2Tag) {
+        const auto writer = name2FuncMap.find(name);
+        mTag2WriteFunc[tag].store(writer != name2FuncMap.end() ? writer->second : nullptr,
+                                  std::memory_order_relaxed);
+    }
+}
+
+void ZkaVideoDataRecoderImpl::unInitialize() {
+    mFrameRecordPool.recycleAll();
+    mBinDumpFile.appendStaged();
+    mFrameLossHistory.dumpDataToFrameLostTxtFile();
+    mVideoWindow.reset();
+    mFrameLossHistory.resetExceeded();
+    mChiFenceMap.clear();
+    mChiFrameMap.clear();
+    mAllocTimeouts.clear();
+    {
+        const SpinLockGuard guard(mPreviewEventLock);
+        if (mPreviewStartTime.has_value()) {
+            if (mEventClient == nullptr ||
+                !DfxMonitorAgency::GetInstance()->sendEvent<ZkCamera::FrameDropPreviewEnd>(
+                        mEventClient, *mPreviewStartTime)) {
+                VDR_LOG_DFX("%s send event failed at line:%d", __func__, __LINE__);
+            }
+            mPreviewStartTime.reset();
+        } else {
+            VDR_LOG_DFX("bad mTimeStamp");
+        }
+    }
+    mLivePhoto.clear();
+    mSystemStatus.SystemStatusUnInit();
+    const FrameRecordPool::Sizes sizes = mFrameRecordPool.sizes();
+    VDR_LOGI(
+            "VDR::unInitialize(), mDataReadyPool.size()=%d, mDataDonePool.size()=%d, "
+            "mDataProcessingPool.size()=%d!",
+            static_cast<int>(sizes.ready), static_cast<int>(sizes.done),
+            static_cast<int>(sizes.processing));
+}
+
+void ZkaVideoDataRecoderImpl::writeMaintain(uint32_t frameNumber, uint32_t tagId,
+                                            const void* data) {
+    if (tagId >= kTagCount || data == nullptr) {
+        VDR_LOGE("VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=%d, frameNumber=%d!",
+                 static_cast<int>(tagId), static_cast<int>(frameNumber));
+        return;
+    }
+    const WriteFunc writer = writerOf(tagId);
+    if (writer == nullptr) {
+        VDR_LOGE("VDR::writeMaintain, fun is nullptr, tagId=%d, frameNumber=%d!",
+                 static_cast<int>(tagId), static_cast<int>(frameNumber));
+        return;
+    }
+    if (void* block = mFrameRecordPool.find(frameNumber); block != nullptr) {
+        writer(block, data);
+    }
+}
+
+void ZkaVideoDataRecoderImpl::writeMaintains(uint32_t frameNumber, const uint32_t* tagIds,
+                                             const void* const* datas, uint32_t count) {
+    if (datas == nullptr) {
+        VDR_LOGE("VDR::writeMaintains, data is nullptr, frameNumber=%d!",
+                 static_cast<int>(frameNumber));
+        return;
+    }
+    void* block = mFrameRecordPool.find(frameNumber);
+    if (block == nullptr || count == 0) {
+        return;
+    }
+    if (tagIds == nullptr) {
+        VDR_LOGE("VDR::writeMaintains, tagIds is nullptr, frameNumber=%d!",
+                 static_cast<int>(frameNumber));
+        return;
+    }
+    for (uint32_t i = 0; i < count; ++i) {
+        if (tagIds[i] >= kTagCount) {
+            VDR_LOGE("VDR::writeMaintains, tagId is wrong, tagId=%d, frameNumber=%d!",
+                     static_cast<int>(tagIds[i]), static_cast<int>(frameNumber));
+        } else if (const WriteFunc writer = writerOf(tagIds[i]); writer != nullptr) {
+            writer(block, datas[i]);
+        }
+    }
+}
+
+void ZkaVideoDataRecoderImpl::VDRProcessing(uint32_t frameNumber) {
+    mFrameRecordPool.take(frameNumber);
+}
+
+void ZkaVideoDataRecoderImpl::VDRDone(uint32_t frameNumber) {
+    frameData done;
+    switch (mFrameRecordPool.complete(frameNumber, done)) {
+        case FrameRecordPool::Copy::kNoSuchFrame:
+            return;
+        case FrameRecordPool::Copy::kFailed:
+            VDR_LOGE("VDR::VDRDone, memcpy_s fail!");
+            std::memset(done.bytes, 0, kFrameRecordSize);
+            break;
+        case FrameRecordPool::Copy::kDone:
+            break;
+    }
+    mLivePhoto.store(frameNumber, done);
+    mFrameLossHistory.frameLostProcess(&done);
+}
+
+void ZkaVideoDataRecoderImpl::VDRDoneCount(uint32_t /*frameNumber*/, uint32_t* count) {
+    if (count == nullptr) {
+        VDR_LOGE("VDR::count is nullptr!");
+        return;
+    }
+    *count = static_cast<uint32_t>(mFrameRecordPool.sizes().done);
+}
+
+void ZkaVideoDataRecoderImpl::VDRReport(uint32_t /*frameNumber*/) {
+    mFrameRecordPool.reportOldest(mBinDumpFile);
+}
+
+void ZkaVideoDataRecoderImpl::getVDRInfo(uint32_t /*frameNumber*/, void** data) {
+    if (data == nullptr) {
+        VDR_LOGE("VDR::data is nullptr!");
+        return;
+    }
+    *data = mFrameRecordPool.oldestDone();
+}
+
+void ZkaVideoDataRecoderImpl::getMP4Writable(bool* writable) {
+    if (writable == nullptr) {
+        VDR_LOGE("VDR::writable is nullptr!");
+        return;
+    }
+    uint32_t frameNumber = kNoFrameNumber;
+    *writable = mFrameRecordPool.oldestDoneFrameNumber(frameNumber) &&
+                mVideoWindow.contains(frameNumber);
+}
+
+void ZkaVideoDataRecoderImpl::markWritable(uint32_t frameNumber, bool& writable) {
+    writable = mVideoWindow.start(frameNumber);
+    if (!writable) {
+        return;
+    }
+    VDR_LOGI("VDR::markWritable, mFirstVideoFrameNum = %u!", frameNumber);
+    mSystemStatus.startVideo(platform::wallClockSeconds());
+    writeMaintain(frameNumber, kTagVideoAction, &kVideoStarts);
+}
+
+void ZkaVideoDataRecoderImpl::markUnWritable(uint32_t frameNumber) {
+    if (!mVideoWindow.end(frameNumber)) {
+        return;
+    }
+    if (mEventClient == nullptr) {
+        VDR_LOGE("%s is true!", "mEventClient == nullptr");
+    } else {
+        DfxMonitorAgency::GetInstance()->sendEvent<ZkCamera::FrameDropVideoEnd>(mEventClient);
+    }
+    VDR_LOGI("VDR::markUnWritable, mLastVideoFrameNum = %u!", frameNumber - 1);
+    mSystemStatus.endVideo(platform::wallClockSeconds());
+    writeMaintain(frameNumber, kTagVideoAction, &kVideoEnded);
+}
+
+void ZkaVideoDataRecoderImpl::getVDRStatus(bool* status) {
+    if (status == nullptr) {
+        VDR_LOGE("VDR::getVDRStatus is nullptr!");
+        return;
+    }
+    *status = mVDRStatus;
+}
+
+void ZkaVideoDataRecoderImpl::checkPreviewAndVideoStatus(uint32_t frameNumber,
+                                                         bool* isPreviewOpen) {
+    if (isPreviewOpen == nullptr) {
+        VDR_LOGE("VDR::isPreviewOpen is nullptr!");
+        return;
+    }
+    *isPreviewOpen = mBinDumpFile.isOn() || mVideoWindow.covers(frameNumber);
+}
+
+void ZkaVideoDataRecoderImpl::WriteMaintainForLivePhoto(uint32_t frameNumber, uint32_t tagId,
+                                                        const void* data) {
+    if (tagId >= kTagCount || data == nullptr) {
+        VDR_LOGE(
+                "VDR::WriteMaintainForLivePhoto, tagId is wrong or data is nullptr, tagId=%d, "
+                "frameNumber=%d!",
+                static_cast<int>(tagId), static_cast<int>(frameNumber));
+        return;
+    }
+    const WriteFunc writer = writerOf(tagId);
+    if (writer == nullptr) {
+        VDR_LOGE("VDR::WriteMaintainForLivePhoto, fun is nullptr, tagId=%d, frameNumber=%d!",
+                 static_cast<int>(tagId), static_cast<int>(frameNumber));
+        return;
+    }
+    mLivePhoto.write(frameNumber, writer, data);
+}
+
+void ZkaVideoDataRecoderImpl::CacheDataForLivePhoto(uint32_t frameNumber) {
+    if (!mVDRStatus) {
+        return;
+    }
+    frameData cached;
+    switch (mFrameRecordPool.copy(frameNumber, cached)) {
+        case FrameRecordPool::Copy::kNoSuchFrame:
+            return;
+        case FrameRecordPool::Copy::kFailed:
+            VDR_LOGE("VDR::CacheDataForLivePhoto, memcpy_s fail!");
+            std::memset(cached.bytes, 0, kFrameRecordSize);
+            break;
+        case FrameRecordPool::Copy::kDone:
+            break;
+    }
+    mLivePhoto.store(frameNumber, cached);
+}
+
+void ZkaVideoDataRecoderImpl::DoneDataForLivePhoto(uint32_t frameNumber) {
+    if (mVDRStatus) {
+        mLivePhoto.DoneDataForLivePhoto(frameNumber);
+    }
+}
+
+void ZkaVideoDataRecoderImpl::PostDataForLivePhoto(int32_t fd, std::string request) {
+    mLivePhoto.PostDataForLivePhoto(mVDRStatus, fd, request);
+}
+
+void ZkaVideoDataRecoderImpl::RegisterCamDataCb(
+        std::function<void(uint32_t, std::string)> callback) {
+    mLivePhoto.RegisterCamDataCb(std::move(callback));
+}
+
+void ZkaVideoDataRecoderImpl::SetChiFenceMap(void* hFence, unsigned long chiFrameNum,
+                                             uint8_t tagId) {
+    mChiFenceMap.SetChiFenceMap(hFence, chiFrameNum, tagId);
+}
+
+void ZkaVideoDataRecoderImpl::GetChiFenceMap(void* hFence, unsigned long& chiFrameNum,
+                                             uint8_t& tagId) {
+    mChiFenceMap.GetChiFenceMap(hFence, chiFrameNum, tagId);
+}
+
+void ZkaVideoDataRecoderImpl::GetSystemStatus(SysStatusCollection& out) {
+    mSystemStatus.GetSystemStatus(out);
+}
+
+void ZkaVideoDataRecoderImpl::SetChiFrameMap(uint32_t chiFrameNum, uint32_t frameNum) {
+    mChiFrameMap.SetChiFrameMap(chiFrameNum, frameNum);
+}
+
+void ZkaVideoDataRecoderImpl::GetChiFrameMap(uint32_t chiFrameNum, uint32_t& frameNum) {
+    mChiFrameMap.GetChiFrameMap(chiFrameNum, frameNum);
+}
+
+void ZkaVideoDataRecoderImpl::SetMemAllocTimeOutInfo(ZkCamera::CameraMemoryItemInfo info) {
+    if (mVDRStatus) {
+        mAllocTimeouts.SetMemAllocTimeOutInfo(info);
+    }
+}
+
+void ZkaVideoDataRecoderImpl::GetMemAllocTimeOutInfo(MemoryAllocTimeoutInfo& out) {
+    mAllocTimeouts.GetMemAllocTimeOutInfo(out);
+}
+
+void ZkaVideoDataRecoderImpl::SnapshotCountAddOne() {
+    mSystemStatus.SnapshotCountAddOne();
+}
+
+int32_t ZkaVideoDataRecoderImpl::ReceiveEvent(std::shared_ptr<Orn::IEvent> event) {
+    if (event == nullptr) {
+        return kNullEvent;
+    }
+    if (const uint32_t id = event->GetEventId(); id != ZkCamera::FrameDropNotification::kEventId) {
+        VDR_LOGW("VDR::ReceiveEvent, unknown eventId = %u", id);
+        return 0;
+    }
+    const std::shared_ptr<ZkCamera::FrameDropNotification> notification =
+            ZkCamera::FrameDropNotification::from(*event);
+    if (notification == nullptr) {
+        return 0;
+    }
+    const uint64_t timeStamp = notification->mTimeStamp;
+    const uint64_t frameNumber = notification->mFrameNumber;
+    VDR_LOG_DFX("VDR::ReceiveEvent, rec frame drop notification:%lu, %lu", timeStamp, frameNumber);
+    if (frameNumber <= kLastIgnoredFrame) {
+        VDR_LOG_DFX(
+                "VDR::ReceiveEvent, rec frame drop notification:%lu, %lu, mFrameNumber less "
+                "than 10!",
+                timeStamp, frameNumber);
+        return 0;
+    }
+    const auto [created, promise] = SyncManager::getInstance()->getPromise(timeStamp);
+    if (mFrameLossLimit.checkFrameLostRecordStatus(mFrameLossHistory.isExceeded())) {
+        if (created) {
+            VDR_LOG_DFX("VDR::ReceiveEvent, frameLost num already reach the max:%lu, %lu",
+                        timeStamp, frameNumber);
+            if (promise != nullptr) {
+                promise->set_value(VDR_SYNC_LIMITED);
+            }
+        } else {
+            VDR_LOG_DFX(
+                    "VDR::ReceiveEvent, frameLost num already reach the max:%lu, %lu, but "
+                    "fail to set",
+                    timeStamp, frameNumber);
+        }
+        return 0;
+    }
+    if (created) {
+        VDR_LOG_DFX("VDR::ReceiveEvent, suc get promise:%lu, %lu", timeStamp, frameNumber);
+        // The account before the frame number: no file is requested for a loss without account.
+        mLossAccounts->open(timeStamp, promise);
+        mFrameLossHistory.announce(static_cast<uint32_t>(frameNumber));
+    } else {
+        VDR_LOG_DFX("VDR::ReceiveEvent, promise already exist:%lu, %lu", timeStamp, frameNumber);
+        mFrameLossHistory.announceAgain(frameNumber);
+    }
+    return 0;
+}
+
+}  // namespace zk
