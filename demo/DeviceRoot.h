@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+#include "demo/Options.h"
+
+namespace demo {
+
+// The folder that stands for the device: what its init script, its properties and its log daemon
+// would have set up before a camera process starts.
+class DeviceRoot {
+public:
+    explicit DeviceRoot(const Options& options);
+
+    // To be called before the library is loaded: the recorder reads properties right then. False,
+    // after a message on standard error, when a folder or the log cannot be made.
+    bool prepare();
+
+    std::string dumpFolder() const { return mFolder + "/data/vendor/camera"; }
+    std::string lossFolder() const { return mFolder + "/data/vendor/camera_frame_lost"; }
+    std::string logPath() const { return mFolder + "/logcat.txt"; }
+
+private:
+    bool makeFolder(const std::string& path) const;
+    bool showMachine(const std::string& treePath) const;
+    bool openLog() const;
+
+    std::string mFolder;  // without a slash at the end
+    const std::string mLevel;
+};
+
+}  // namespace demo
