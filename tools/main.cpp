@@ -1,0 +1,73 @@
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <memory>
+
+#include "tools/CommandLine.h"
+#include "tools/CsvSink.h"
+#include "tools/DumpPass.h"
+#include "tools/InfoSink.h"
+#include "tools/NdjsonSink.h"
+#include "tools/PlotSink.h"
+#include "tools/SqliteSink.h"
+
+namespace {
+
+using vdrdump::CommandLine;
+
+std::unique_ptr<vdrdump::RecordSink> makeSink(const CommandLine& line,
+                                              vdrdump::Progress& progress) {
+    switch (line.command) {
+        case CommandLine::Command::Info:
+            return std::make_unique<vdrdump::InfoSink>(progress);
+        case CommandLine::Command::Show:
+            return std::make_unique<vdrdump::ShowSink>(line.choice);
+        case CommandLine::Command::Plot:
+            return std::make_unique<vdrdump::PlotSink>(line.output, line.session);
+        case CommandLine::Command::Export:
+            break;
+    }
+    switch (line.format) {
+        case CommandLine::Format::Csv:
+            return std::make_unique<vdrdump::CsvSink>(line.output);
+        case CommandLine::Format::Ndjson:
+            return std::make_unique<vdrdump::NdjsonSink>(line.output);
+        case CommandLine::Format::Sqlite:
+            break;
+    }
+    return std::make_unique<vdrdump::SqliteSink>(line.output);
+}
+
+bool printsWhileReading(const CommandLine& line) {
+    return line.command == CommandLine::Command::Show ||
+           (line.command == CommandLine::Command::Export && line.output == "-");
+}
+
+bool run(const CommandLine& line) {
+    vdrdump::Progress progress(line.files, !printsWhileReading(line) || isatty(STDOUT_FILENO) == 0);
+    const std::unique_ptr<vdrdump::RecordSink> sink = makeSink(line, progress);
+    vdrdump::DumpPass pass(*sink, progress, stderr);
+    bool isWhole = true;
+    for (const std::string& file : line.files) {
+        isWhole &= pass.readFile(file);
+    }
+    progress.clear();
+    return sink->finish() && isWhole;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        CommandLine line;
+        int status = 0;
+        if (!line.parse(argc, argv, status)) {
+            return status;
+        }
+        return run(line) ? 0 : 1;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vdrdump: %s\n", error.what());
+        return 1;
+    }
+}
