@@ -1,0 +1,100 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <future>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/SyncManager.h"
+#include "platform/host/LogControl.h"
+#include "recorder/ZkaVideoDataRecoderImpl.h"
+#include "records/frameData.h"
+#include "tests/SleepGate.h"
+
+namespace zk::test {
+
+// A device in a temporary folder with a recorder on it, and the words in which tests tell what
+// happens there. The clock stands at kNow until moved; the sampler sleeps until woken; the log is
+// kept and not printed. The recorder is made at its first use: set properties and faults before.
+class RecorderTest : public testing::Test {
+protected:
+    static constexpr uint64_t kNow = 1700000000000000;  // microseconds, 2023-11-14 22:13:20 UTC
+
+    RecorderTest();
+    ~RecorderTest() override;
+
+    // Before the first use of the recorder.
+    void useLevel(int level);
+    void switchRecordingOn();
+
+    ZkaVideoDataRecoderImpl& recorder();
+    bool hasRecorder() const { return mRecorder != nullptr; }
+    // Destroys it as unloading the library would; its next use makes a new one.
+    void destroyRecorder();
+    void openSession(int32_t sceneMode = 0) { recorder().initialize(1, sceneMode); }
+    void closeSession() { recorder().unInitialize(); }
+
+    // A frame that is being filled: frame(41).write(5, zoom).done();
+    class Frame {
+    public:
+        Frame(IVideoDataRecoder& recorder, uint32_t number);
+        // `value` is copied byte for byte and must have the size of the tag's field or element.
+        template <typename T>
+        Frame& write(uint32_t tag, const T& value) {
+            mRecorder.writeMaintain(mNumber, tag, &value);
+            return *this;
+        }
+        void done() { mRecorder.VDRDone(mNumber); }
+
+    private:
+        IVideoDataRecoder& mRecorder;
+        const uint32_t mNumber;
+    };
+    // Takes a record and writes the frame number (tag 0).
+    Frame frame(uint32_t number) { return {recorder(), number}; }
+    // Takes, numbers, completes and reports the frames from `first` to `last`.
+    void completeFrames(uint32_t first, uint32_t last);
+    // The oldest done record; empty where there is none.
+    std::vector<uint8_t> oldestDone();
+
+    // Announces a dropped frame and waits until the recorder has taken it in.
+    void announceLoss(uint64_t frameNumber, uint64_t timeStamp = kNow);
+    // The announcer's end of the promise; get it before or after the announcement.
+    std::shared_future<VdrSyncCode> promiseOf(uint64_t timeStamp = kNow);
+    // "pending", "limited" or "done".
+    std::string settlement(uint64_t timeStamp = kNow);
+
+    // Where a path of the device lies.
+    std::filesystem::path onHost(const std::string& devicePath) const;
+    void layFile(const std::string& devicePath, const std::string& content) const;
+    std::string readFile(const std::filesystem::path& path) const;
+    // Names of the files in a folder of the device, sorted.
+    std::vector<std::string> filesIn(const std::string& deviceFolder) const;
+    // After the worker pool has come to rest: names of the frame-loss text files, sorted.
+    std::vector<std::string> lossFiles() const;
+    // The frame numbers in the lines of a frame-loss file.
+    std::vector<uint32_t> framesInLossFile(const std::string& name) const;
+    // Names of the binary dump files, sorted, and a file's content.
+    std::vector<std::string> binFiles() const;
+    std::string readBinFile(const std::string& name) const;
+
+    // Texts logged so far at `priority` (3 to 6; 0: any) that contain `part`.
+    static std::vector<std::string> logged(const std::string& part, int priority = 0);
+    static size_t countLogged(const std::string& part, int priority = 0);
+    static void forgetLog();
+
+    SleepGate mSleep;
+
+private:
+    std::filesystem::path mRoot;
+    std::unique_ptr<ZkaVideoDataRecoderImpl> mRecorder;
+};
+
+inline constexpr char kBinFolder[] = "/data/vendor/camera";
+inline constexpr char kLossFolder[] = "/data/vendor/camera_frame_lost";
+
+}  // namespace zk::test

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+namespace zk::test {
+
+// Takes the place of sleeping: a sleeper stays until it is woken, so that a test turns the
+// sampler's cycles by hand. Once open, nobody sleeps any more.
+class SleepGate {
+public:
+    SleepGate();
+    ~SleepGate();
+    SleepGate(const SleepGate&) = delete;
+    SleepGate& operator=(const SleepGate&) = delete;
+
+    // False where nobody falls asleep for the `nth` time (1: the first ever) within ten seconds.
+    bool waitForSleep(int nth);
+    void wakeSleeper();
+    void open();
+    uint32_t lastSleepMicroseconds();
+
+private:
+    void sleep(uint32_t microseconds);
+
+    std::mutex mMutex;
+    std::condition_variable mChanged;
+    int mSleeps = 0;
+    int mWakes = 0;
+    bool mOpen = false;
+    uint32_t mLastSleep = 0;
+};
+
+}  // namespace zk::test

@@ -1,0 +1,171 @@
+#pragma once
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/CameraMemoryItemInfo.h"
+#include "platform/Log.h"
+#include "platform/host/ClockControl.h"
+#include "platform/host/SyncControl.h"
+#include "registries/MemoryAllocTimeoutInfo.h"
+#include "tests/RecorderTest.h"
+
+namespace zk::test {
+
+// A short camera session in which every part of the recorder has something to do, with recording
+// on, played as often as a test likes: what it leaves behind shows what a fault did to it.
+class WholeSessionTest : public RecorderTest {
+protected:
+    static constexpr size_t kSamplerFiles = 17;
+    static constexpr uint32_t kLostFrame = 15;  // so many lines exceed a stream's buffer
+    static constexpr uint32_t kDumpingFrame = kLostFrame + 30;
+    static constexpr uint32_t kVideoFrame = kDumpingFrame + 1;
+    static constexpr uint32_t kPhotoFrame = kVideoFrame + 1;
+    static constexpr uint32_t kFrames = kPhotoFrame;  // odd: the end of the session appends one
+    static_assert(kPhotoFrame == 47, "stands in the request");
+
+    struct Outcome {
+        std::string bin;         // content of the dump file
+        std::string text;        // content of the text file
+        size_t files = 0;        // of both kinds
+        std::string settlement;  // of the loss
+        std::string livePhoto;   // the reply, and what is in the buffer
+        std::string registries;  // fence, frame number and slow allocation, taken back
+        std::vector<std::string> errors;
+        size_t openFiles = 0;  // of this process, at the end
+    };
+
+    ~WholeSessionTest() override { freshDevice(); }
+
+    // No recorder and no files; the next session makes a recorder.
+    void freshDevice() {
+        mGate->open();
+        destroyRecorder();
+        mGate.emplace();
+        removeFiles();
+        host::forgetPromises();
+        switchRecordingOn();
+        forgetLog();
+        mDay = 14;
+    }
+
+    // Where the next session's files will lie.
+    std::filesystem::path binFile() const {
+        return onHost(kBinFolder) / ("VIDEO_DEBUG_202311" + std::to_string(mDay) + "_221320.bin");
+    }
+    std::filesystem::path textFile() const {
+        return onHost(kLossFolder) /
+               ("VIDEO_DEBUG_202311" + std::to_string(mDay) + "_221320_00000015.txt");
+    }
+
+    Outcome playSession() {
+        const uint64_t now = kNow + (mDay - 14) * 86400000000U;
+        host::setWallClock(now);
+        openSession();
+        // The sampler has opened its files and sleeps from here on.
+        EXPECT_TRUE(mGate->waitForSleep(1));
+        completeFrames(1, kLostFrame - 5);
+        announceLoss(kLostFrame, now);
+        completeFrames(kLostFrame - 4, kDumpingFrame);
+        lossFiles();  // the writer has ended
+        Outcome outcome;
+        outcome.registries = useRegistries();
+        recordVideo();
+        outcome.livePhoto = takeLivePhoto();
+        closeSession();
+        outcome.settlement = settlement(now);
+        outcome.bin = contentOf(binFile());
+        outcome.text = contentOf(textFile());
+        outcome.files = binFiles().size() + lossFiles().size();
+        outcome.errors = logged("", kLogError);
+        using Entries = std::filesystem::directory_iterator;
+        outcome.openFiles = static_cast<size_t>(std::distance(Entries("/proc/self/fd"), Entries()));
+        removeFiles();
+        forgetLog();
+        ++mDay;
+        return outcome;
+    }
+
+    static void expectSame(const Outcome& actual, const Outcome& expected) {
+        EXPECT_TRUE(actual.bin == expected.bin);
+        EXPECT_EQ(actual.text, expected.text);
+        EXPECT_EQ(actual.files, expected.files);
+        EXPECT_EQ(actual.settlement, expected.settlement);
+        EXPECT_TRUE(actual.livePhoto == expected.livePhoto);
+        EXPECT_EQ(actual.registries, expected.registries);
+        EXPECT_EQ(actual.errors, expected.errors);
+        EXPECT_EQ(actual.openFiles, expected.openFiles);
+    }
+
+    std::optional<SleepGate> mGate{std::in_place};
+
+private:
+    // Nothing where a link leads to a device.
+    std::string contentOf(const std::filesystem::path& path) const {
+        return std::filesystem::is_regular_file(path) ? readFile(path) : std::string();
+    }
+
+    void removeFiles() const {
+        for (const char* folder : {kBinFolder, kLossFolder}) {
+            std::filesystem::remove_all(onHost(folder));
+            std::filesystem::create_directories(onHost(folder));
+        }
+    }
+
+    std::string useRegistries() {
+        ZkCamera::CameraMemoryItemInfo slow;
+        slow.itemName = "buffer";
+        slow.allocTimeMs = 6000;
+        recorder().SetMemAllocTimeOutInfo(slow);
+        recorder().SetChiFenceMap(this, 3, 7);
+        recorder().SetChiFrameMap(3, 4);
+        MemoryAllocTimeoutInfo allocation{};
+        unsigned long chiFrame = 0;
+        uint8_t fenceTag = 0;
+        uint32_t frameNumber = 0;
+        recorder().GetMemAllocTimeOutInfo(allocation);
+        recorder().GetChiFenceMap(this, chiFrame, fenceTag);
+        recorder().GetChiFrameMap(3, frameNumber);
+        return std::to_string(chiFrame) + ' ' + std::to_string(fenceTag) + ' ' +
+               std::to_string(frameNumber) + ' ' + allocation.itemName;
+    }
+
+    void recordVideo() {
+        Frame video = frame(kVideoFrame);
+        bool isWritable = false;
+        recorder().markWritable(kVideoFrame, isWritable);
+        EXPECT_TRUE(isWritable);
+        recorder().markUnWritable(kVideoFrame);
+        video.done();
+        recorder().VDRReport(0);
+    }
+
+    std::string takeLivePhoto() {
+        std::string reply;
+        recorder().RegisterCamDataCb([&reply](uint32_t, const std::string& text) { reply = text; });
+        Frame photo = frame(kPhotoFrame);
+        recorder().CacheDataForLivePhoto(kPhotoFrame);
+        photo.done();
+        recorder().DoneDataForLivePhoto(kPhotoFrame);
+        recorder().VDRReport(0);
+        const int fd = memfd_create("buffer", 0);
+        EXPECT_EQ(ftruncate(fd, kFrameRecordSize), 0);
+        recorder().PostDataForLivePhoto(
+                fd, R"({"id":"photo","startFrame":47,"endFrame":47,"bufferSize":4096})");
+        recorder().RegisterCamDataCb([](uint32_t, const std::string&) {});
+        std::string buffer(kFrameRecordSize, '\0');
+        EXPECT_EQ(pread(fd, buffer.data(), buffer.size(), 0), ssize_t{kFrameRecordSize});
+        close(fd);
+        return reply + buffer;
+    }
+
+    unsigned mDay = 14;  // of November: one session a day
+};
+
+}  // namespace zk::test

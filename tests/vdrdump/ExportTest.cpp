@@ -1,0 +1,193 @@
+// ndjson and sqlite, and the queries that the documentation promises.
+
+#include <gtest/gtest.h>
+#include <json/json.h>
+#include <sqlite3.h>
+
+#include <cstring>
+#include <sstream>
+
+#include "tests/vdrdump/Dumps.h"
+#include "tests/vdrdump/Program.h"
+
+namespace vdrdump::test {
+namespace {
+
+constexpr uint64_t kLargest = UINT64_MAX - 1;
+
+// A frame whose values show where digits, types or names get lost.
+Frame tellingFrame(uint32_t number) {
+    Frame result = frame(number);
+    result.cslInfo = {4000000000U, (uint64_t{1} << 53) - 1};
+    result.setGmeNcsDep = uint64_t{1} << 53;
+    result.getGmeNcsDepGyro = kLargest;
+    result.zoomRatio = 1.23456789F;
+    result.sysStatusInfo.loadAvg1 = __builtin_nanf("");
+    result.ae_af_awb_info.short0 = -7;
+    result.pluginAlgoCostTimeCount = 2;
+    std::memcpy(result.pluginAlgoCostTime[1].name, "a\"\\\xff", 4);
+    result.pluginAlgoCostTime[1].cost = 9;
+    return result;
+}
+
+TEST(Ndjson, KeepsArraysAndDigits) {
+    const TempFolder folder;
+    const std::string text =
+            folder.file("VIDEO_DEBUG_20240301_120000_00000042.txt", textOf({tellingFrame(41)}));
+    const std::string dump =
+            folder.file("a.bin", binaryOf({tellingFrame(1)}) + std::string(100, '\0'));
+    const Program program = run({"export", text, dump, "--format", "ndjson"});
+    EXPECT_EQ(program.status, 1);  // for the cut record
+    std::istringstream lines(program.out);
+    std::vector<Json::Value> frames;
+    for (std::string line; std::getline(lines, line);) {
+        frames.emplace_back();
+        std::istringstream(line) >> frames.back();
+    }
+    ASSERT_EQ(frames.size(), 3U);
+    EXPECT_EQ(frames[0]["lostFrame"], Json::Value(42));
+    EXPECT_TRUE(frames[1]["lostFrame"].isNull());
+    EXPECT_EQ(frames[1]["file"], Json::Value(dump));
+    for (int i = 0; i < 2; ++i) {
+        const Json::Value& frame = frames[static_cast<size_t>(i)];
+        EXPECT_TRUE(frame["cslInfo_stamp"].isIntegral());
+        EXPECT_EQ(frame["cslInfo_stamp"].asUInt64(), 9007199254740991U);
+        EXPECT_EQ(frame["setGmeNcsDep"], Json::Value("9007199254740992"));
+        EXPECT_EQ(frame["getGmeNcsDepGyro"], Json::Value(std::to_string(kLargest)));
+        EXPECT_DOUBLE_EQ(frame["zoomRatio"].asDouble(), 1.234568);
+        EXPECT_TRUE(frame["sysStatusInfo_loadAvg1"].isNull());
+        EXPECT_EQ(frame["ae_af_awb_info_short0"], Json::Value(-7));
+        ASSERT_EQ(frame["pluginAlgoCostTime"].size(), 2U);
+        EXPECT_EQ(frame["pluginAlgoCostTime"][1]["name"], Json::Value(R"(a"\x5c\xff)"));
+        EXPECT_EQ(frame["pluginAlgoCostTime"][1]["cost"], Json::Value(9));
+        EXPECT_EQ(frame["nodeInfo"], Json::Value(Json::arrayValue));
+    }
+    EXPECT_TRUE(frames[2]["nodeInfo"].isNull());  // behind the cut
+    EXPECT_TRUE(frames[2]["setGmeNcsDep"].isNull());
+    EXPECT_EQ(frames[2]["captureType"], Json::Value(0));
+}
+
+class Database {
+public:
+    explicit Database(const std::string& path) {
+        EXPECT_EQ(sqlite3_open_v2(path.c_str(), &mDatabase, SQLITE_OPEN_READONLY, nullptr), 0);
+    }
+    ~Database() { sqlite3_close(mDatabase); }
+
+    // Values with '|' between them, a line per row.
+    std::string ask(const std::string& sql) const {
+        std::string result;
+        char* error = nullptr;
+        const auto row = [](void* to, int count, char** values, char**) {
+            for (int i = 0; i < count; ++i) {
+                *static_cast<std::string*>(to) +=
+                        std::string(i == 0 ? "" : "|") + (values[i] != nullptr ? values[i] : "-");
+            }
+            *static_cast<std::string*>(to) += '\n';
+            return 0;
+        };
+        sqlite3_exec(mDatabase, sql.c_str(), row, &result, &error);
+        EXPECT_EQ(error, nullptr) << error;
+        sqlite3_free(error);
+        return result;
+    }
+
+private:
+    sqlite3* mDatabase = nullptr;
+};
+
+TEST(Sqlite, KeepsTypesAndKeys) {
+    const TempFolder folder;
+    const std::string first = folder.file("a.bin", binaryOf({frame(1), frame(2), frame(5)}));
+    const std::string second =
+            folder.file("b.bin", binaryOf({frame(900), tellingFrame(1)}) + std::string(100, '\0'));
+    const std::string path = folder.path("out.db");
+    ASSERT_EQ(run({"export", first, second, "--format", "sqlite", "-o", path}).status, 1);
+    const Database database(path);
+    EXPECT_EQ(database.ask("SELECT file, path, kind, lostFrame, records, isDamaged FROM files"),
+              "1|" + first + "|binary|-|3|0\n2|" + second + "|binary|-|3|1\n");
+    EXPECT_EQ(database.ask("SELECT * FROM sessions"),
+              "1|1|3|1|5|2|0|0\n2|1|1|900|900|0|0|0\n2|2|2|0|1|0|0|1\n");
+    EXPECT_EQ(database.ask("SELECT file, session, record, cslInfo_stamp, getGmeNcsDepGyro,"
+                           " zoomRatio, sysStatusInfo_loadAvg1, ae_af_awb_info_short0"
+                           " FROM frames WHERE file = 2 AND session = 2 ORDER BY record"),
+              "2|2|1|9007199254740991|18446744073709551614|1.234568|-|-7\n"
+              "2|2|2|0|-|0.0|0.0|-\n");
+    EXPECT_EQ(database.ask("SELECT * FROM pluginAlgoCostTime WHERE element = 1"),
+              "2|2|1|1|1|a\"\\x5c\\xff|9\n");
+    const std::string plan = database.ask(
+            "EXPLAIN QUERY PLAN SELECT * FROM nodeInfo"
+            " WHERE file = 1 AND session = 1 AND frameNumber = 2");
+    EXPECT_NE(plan.find("USING INDEX"), std::string::npos) << plan;
+}
+
+TEST(Sqlite, OutputThatCannotBeWritten_LeavesTheOldOne) {
+    const TempFolder folder;
+    const std::string dump = folder.file("a.bin", binaryOf({frame(1)}));
+    EXPECT_EQ(run({"export", dump, "--format", "sqlite", "-o", folder.path("no/out.db")}).status,
+              1);
+    EXPECT_EQ(run({"export", dump, "--format", "sqlite"}).status, 2);
+    const std::string old = folder.file("old.db", "kept until the new one is complete");
+    EXPECT_EQ(run({"export", dump, "--format", "sqlite", "-o", old}).status, 0);
+    EXPECT_EQ(Database(old).ask("SELECT count(*) FROM frames"), "1\n");
+}
+
+// The queries stand in the documentation; what runs here is what is printed there.
+std::vector<std::string> documentedQueries() {
+    const std::string document = contentsOf(VDRDUMP_ANALYSIS);
+    std::vector<std::string> queries;
+    for (size_t at = document.find("```sql\n"); at != std::string::npos;
+         at = document.find("```sql\n", at)) {
+        at += 7;
+        queries.push_back(document.substr(at, document.find("```", at) - at));
+    }
+    return queries;
+}
+
+// Frames 60 to 99 and 101 to 130 around the loss of frame 100. Node 2 is the slowest of the last
+// thirty before it; node 1 was slower, but earlier, and node 3 is later.
+std::vector<Frame> framesAroundALoss() {
+    std::vector<Frame> frames;
+    for (uint32_t number = 60; number <= 130; ++number) {
+        if (number == 100) {
+            continue;
+        }
+        Frame each = frame(number);
+        const uint64_t start = uint64_t{number} * 1000;
+        each.nodeInfoCount = 2;
+        each.nodeInfo[0] = {{1, 10, 0}, {start, start + 5, 0, start + (number < 70 ? 900U : 10U)}};
+        each.nodeInfo[1] = {{2, 20, 0}, {start, start + 5, start + 40, 0}};
+        if (number > 100) {
+            each.nodeInfo[1] = {{3, 30, 0}, {start, start + 800, 0, 0}};
+        }
+        each.pluginAlgoCostTimeCount = 1;
+        std::memcpy(each.pluginAlgoCostTime[0].name, "EIS", 3);
+        each.pluginAlgoCostTime[0].cost = number == 60 ? 30 : 10;
+        each.semantAlgoCostTimeCount = 1;
+        std::memcpy(each.semantAlgoCostTime[0].name, "FACE", 4);
+        each.semantAlgoCostTime[0].cost = 20;
+        each.sysStatusInfo.shellFrontTemp = 30000 + number;
+        each.sysStatusInfo.shellBackTemp = static_cast<uint32_t>(-3);
+        each.sysStatusInfo.thermalLevel = number < 100 ? 2 : 3;
+        frames.push_back(each);
+    }
+    return frames;
+}
+
+TEST(Analysis, DocumentedQueries_AnswerTheirQuestions) {
+    const TempFolder folder;
+    const std::string loss =
+            folder.file("VIDEO_DEBUG_20240301_120000_00000100.txt", textOf(framesAroundALoss()));
+    const std::string path = folder.path("out.db");
+    ASSERT_EQ(run({"export", loss, "--format", "sqlite", "-o", path}).status, 0);
+    const std::vector<std::string> queries = documentedQueries();
+    ASSERT_EQ(queries.size(), 3U);
+    const Database database(path);
+    EXPECT_EQ(database.ask(queries[0]), "100|2|20|0|30|40.0\n");
+    EXPECT_EQ(database.ask(queries[1]).substr(0, 22), "semantic|FACE|70|20.0|");
+    EXPECT_NE(database.ask(queries[1]).find("plugin|EIS|70|10.28"), std::string::npos);
+    EXPECT_EQ(database.ask(queries[2]), "100|99|30099|-3|2\n");
+}
+
+}  // namespace
+}  // namespace vdrdump::test

@@ -1,0 +1,205 @@
+// The program as its users meet it: exit status, what goes where, and pictures.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/vdrdump/Dumps.h"
+#include "tests/vdrdump/Program.h"
+#include "tools/lostFrameOf.h"
+
+namespace vdrdump::test {
+namespace {
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// Frames 1 to 90 without 30 and 31; a recording of frames 10 to 69.
+std::vector<Frame> session() {
+    std::vector<Frame> frames;
+    for (uint32_t number = 1; number <= 90; ++number) {
+        if (number == 30 || number == 31) {
+            continue;
+        }
+        Frame each = frame(number);
+        each.videoAction = number == 10 ? 1 : number == 70 ? 2 : 0;
+        each.zoomRatio = 1.0F + static_cast<float>(number) / 90;
+        each.sysStatusInfo.memFree = 500000 + number;
+        each.nodeInfoCount = 1;
+        frames.push_back(each);
+    }
+    return frames;
+}
+
+TEST(Program, InfoTellsWhatTheDumpHolds) {
+    const TempFolder folder;
+    std::vector<Frame> frames = session();
+    frames.push_back(frame(1));
+    frames.push_back(frame(1));
+    const Program program = run({"info", folder.file("a.bin", binaryOf(frames)),
+                                 folder.file("VIDEO_DEBUG_20240301_120000_00000030.txt",
+                                             textOf({frame(29), frame(31)})),
+                                 folder.file("empty.bin", "")});
+    EXPECT_EQ(program.status, 0) << program.err;
+    EXPECT_EQ(program.err, "");
+    for (const char* part :
+         {"binary dump", "88 records, frames 1 to 90", "2: 30-31", "frames 10 to 69",
+          "1.01 to 2.00", "free 500001 to 500090 kB", "session 2", "repeated      1",
+          "frame-loss text, lost frame 30", "1: 30", "empty, no record"}) {
+        EXPECT_TRUE(contains(program.out, part)) << part << " in\n" << program.out;
+    }
+}
+
+TEST(Program, ShowPrintsTheFramesAndFieldsAskedFor) {
+    const std::string dump = binaryOf(session());
+    const Program one =
+            run({"show", "-", "--frame", "70", "--field", "videoAction", "zoomRatio"}, dump);
+    EXPECT_EQ(one.status, 0);
+    EXPECT_TRUE(contains(one.out, "frame 70: session 1, record 67, offset 274432\n"));
+    EXPECT_TRUE(contains(one.out, "2 (a recording has ended)"));
+    EXPECT_TRUE(contains(one.out, "1.777778"));
+    EXPECT_FALSE(contains(one.out, "memFree"));
+    const Program range = run({"show", "--frames", "29:32", "--field", "sysStatusInfo"}, dump);
+    EXPECT_TRUE(contains(range.out, "frame 29:") && contains(range.out, "frame 32:"));
+    EXPECT_FALSE(contains(range.out, "frame 28:") || contains(range.out, "frame 33:"));
+    EXPECT_TRUE(contains(range.out, "500032 kB"));
+    EXPECT_EQ(run({"show", "--frame", "30"}, dump).status, 1);
+}
+
+struct Usage {
+    const char* name;
+    std::vector<std::string> arguments;
+    int status;
+};
+
+const Usage kUsages[] = {
+        {"Nothing", {}, 2},
+        {"UnknownCommand", {"read"}, 2},
+        {"Help", {"--help"}, 0},
+        {"HelpOfACommand", {"plot", "--help"}, 0},
+        {"Version", {"--version"}, 0},
+        {"FrameThatIsNoNumber", {"show", "--frame", "x"}, 2},
+        {"FramesBackwards", {"show", "--frames", "9:3"}, 2},
+        {"FramesWithoutAColon", {"show", "--frames", "9"}, 2},
+        {"FrameAndFrames", {"show", "--frame", "1", "--frames", "1:2"}, 2},
+        {"UnknownField", {"show", "--field", "zoom"}, 2},
+        {"NoFormat", {"export"}, 2},
+        {"UnknownFormat", {"export", "--format", "xml"}, 2},
+        {"PictureOfAnotherKind", {"plot", "-o", "a.gif"}, 2},
+        {"NothingToPlot", {"plot", "-o", "/nonexistent/a.png"}, 1},
+        {"MissingFile", {"info", "/nonexistent"}, 1},
+        {"Directory", {"info", "/"}, 1},
+        {"DirectoryAsOutput", {"export", "--format", "csv", "-o", "/"}, 1},
+        {"EmptyInput", {"info"}, 0},
+};
+
+class ExitStatus : public testing::TestWithParam<Usage> {};
+
+TEST_P(ExitStatus, TellsWrongUsageFromTrouble) {
+    const Program program = run(GetParam().arguments);
+    EXPECT_EQ(program.status, GetParam().status) << program.err;
+    EXPECT_EQ(program.err.empty(), GetParam().status == 0);
+    EXPECT_EQ(program.out.empty(), GetParam().status != 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Usage, ExitStatus, testing::ValuesIn(kUsages),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(Program, Damage_IsToldWithFileAndOffsetBesideTheRest) {
+    const TempFolder folder;
+    const std::string cut = folder.file("cut.bin", binaryOf({frame(1), frame(2)}).substr(0, 6000));
+    const std::string whole = folder.file("whole.bin", binaryOf({frame(3)}));
+    const Program program = run({"export", cut, folder.path("none"), whole, "--format", "csv"});
+    EXPECT_EQ(program.status, 1);
+    EXPECT_TRUE(contains(program.err, cut + ": offset 4096: expected a record of 4096 bytes"));
+    EXPECT_TRUE(contains(program.err, folder.path("none") + ": offset 0: expected"));
+    EXPECT_TRUE(contains(program.out, cut + ",,1,0,1,") &&
+                contains(program.out, whole + ",,1,0,3"));
+}
+
+TEST(Program, FileWithoutPermission_IsToldAsSuch) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may read everything";
+    }
+    const TempFolder folder;
+    const std::string dump = folder.file("a.bin", binaryOf({frame(1)}));
+    chmod(dump.c_str(), 0);
+    const Program program = run({"info", dump});
+    EXPECT_EQ(program.status, 1);
+    EXPECT_TRUE(contains(program.err, "Permission denied"));
+}
+
+TEST(Program, DumpNamedAsItsOwnOutput_IsLeftAlone) {
+    const TempFolder folder;
+    const std::string dump = folder.file("a.bin", binaryOf({frame(1)}));
+    EXPECT_EQ(run({"export", dump, "--format", "csv", "-o", folder.path("./a.bin")}).status, 2);
+    EXPECT_EQ(contentsOf(dump), binaryOf({frame(1)}));
+}
+
+size_t occurrences(const std::string& text, const std::string& part) {
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST(Program, Plot_DrawsTheSessionWithItsMarks) {
+    const TempFolder folder;
+    const std::string dump = folder.file("it's.bin", binaryOf(session()));
+    const std::string svg = folder.path("out.svg");
+    const Program program = run({"plot", dump, "-o", svg});
+    ASSERT_EQ(program.status, 0) << program.err;
+    EXPECT_EQ(program.err + program.out, "");
+    const std::string picture = contentsOf(svg);
+    for (const char* part : {"<svg", "it's.bin", "2 missing", "missing frames", "video recording",
+                             "zoom", "shell back", "cpu7", "nodes"}) {
+        EXPECT_TRUE(contains(picture, part)) << part;
+    }
+    const Program plain = run({"plot", "-", "-o", svg}, binaryOf({frame(1), frame(2)}));
+    ASSERT_EQ(plain.status, 0) << plain.err;
+    constexpr size_t kPanels = 6;
+    for (const char* color : {"rgb(214,  39,  40)", "rgb(227, 241, 222)"}) {
+        EXPECT_GE(occurrences(picture, color), occurrences(contentsOf(svg), color) + kPanels);
+    }
+}
+
+TEST(Program, PlotAsPng_IsOne) {
+    const TempFolder folder;
+    const std::string png = folder.path("out.png");
+    EXPECT_EQ(run({"plot", "-o", png}, binaryOf(session())).status, 0);
+    EXPECT_EQ(contentsOf(png).substr(1, 3), "PNG");
+}
+
+TEST(Program, OutputThatIsThere_IsReplacedWhole) {
+    const TempFolder folder;
+    const std::string out = folder.file("out.csv", std::string(100000, 'x'));
+    const std::string dump = binaryOf({frame(1)});
+    EXPECT_EQ(run({"export", "--format", "csv", "-o", out}, dump).status, 0);
+    EXPECT_EQ(contentsOf(out), run({"export", "--format", "csv"}, dump).out);
+}
+
+TEST(Program, PlotWithoutGnuplot_SaysSoAndLeavesNoFile) {
+    const TempFolder folder;
+    const std::string svg = folder.path("out.svg");
+    const Program program = run({"plot", "-", "-o", svg}, binaryOf(session()), "/nonexistent");
+    EXPECT_EQ(program.status, 1);
+    EXPECT_TRUE(contains(program.err, "gnuplot"));
+    EXPECT_NE(access(svg.c_str(), F_OK), 0);
+}
+
+TEST(LostFrame, ComesFromTheNameOfATextFile) {
+    EXPECT_EQ(lostFrameOf("/a/VIDEO_DEBUG_20240301_120000_00001234.txt"), 1234U);
+    EXPECT_EQ(lostFrameOf("phone7_VIDEO_DEBUG_20240301_120000_123456789.txt"), 123456789U);
+    EXPECT_EQ(lostFrameOf("VIDEO_DEBUG_20240301_120000_-0000001.txt"), UINT32_MAX);
+    for (const char* other :
+         {"VIDEO_DEBUG_20240301_120000.bin", "VIDEO_DEBUG_20240301_120000_.txt", "-", "",
+          "VIDEO_DEBUG_2024_120000_00001234.txt", "VIDEO_DEBUG_20240301_120000_00001234.txt.gz",
+          "VIDEO_DEBUG_20240301_120000_99999999999.txt"}) {
+        EXPECT_EQ(lostFrameOf(other), std::nullopt) << other;
+    }
+}
+
+}  // namespace
+}  // namespace vdrdump::test
