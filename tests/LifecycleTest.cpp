@@ -107,6 +107,7 @@ TEST_P(LevelTest, SessionFromLoadToUnload_IsToldStepByStep) {
     useLevel(GetParam());
     switchRecordingOn();
     openSession(3);
+    ASSERT_TRUE(mSleep.waitForSleep(1));  // a sampler that is late to start says so at its end
     for (uint32_t number = 1; number <= 3; ++number) {
         frame(number);
     }
