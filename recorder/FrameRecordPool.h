@@ -36,7 +36,11 @@ public:
     // Nothing happens where no block is free or the frame has one already.
     void take(uint32_t frameNumber);
     // The block of a frame that is being filled, or null. It is written outside the lock.
-    void* find(uint32_t frameNumber);
+    // In sight of the compiler, since every field that the pipeline writes passes here.
+    void* find(uint32_t frameNumber) {
+        const SpinLockGuard guard(mDataPoolLock);
+        return mDataProcessingPool.find(frameNumber);
+    }
     // Copies the block of a frame that is being filled.
     Copy copy(uint32_t frameNumber, frameData& out);
     // Moves the frame's block to the done pool and copies it.

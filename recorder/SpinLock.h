@@ -32,10 +32,8 @@ public:
     SpinLock& operator=(const SpinLock&) = delete;
 
     void lock() VDR_ACQUIRE() {
-        bool expected = false;
-        while (!mLocked.compare_exchange_weak(expected, true)) {
+        while (!seize()) {
             usleep(kNapMicroseconds);
-            expected = false;
         }
     }
 
@@ -50,6 +48,11 @@ public:
 
 private:
     static constexpr useconds_t kNapMicroseconds = 10;
+
+    bool seize() {
+        bool expected = false;
+        return mLocked.compare_exchange_weak(expected, true);
+    }
 
     std::atomic<bool> mLocked{false};
 };

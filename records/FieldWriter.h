@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <unordered_map>
 
-#include "platform/BoundedMemory.h"
+#include "records/frameData.h"
 
 // What the field writers of every level have in common.
 namespace zk {
@@ -27,29 +28,28 @@ inline bool refusesNull(const void* maintainData, const void* data, const char* 
     return true;
 }
 
-inline void copyField(void* maintainData, size_t offset, size_t size, const void* data) {
-    memcpy_s(static_cast<uint8_t*>(maintainData) + offset, size, data, size);
+// Bounded copies whose bounds the compiler checks, since all sizes are constants: a check while
+// running would compare the same two numbers at every write. Sizes and offsets in bytes.
+
+template <size_t kOffset, size_t kSize>
+void copyField(void* maintainData, const void* data) {
+    static_assert(kOffset + kSize <= kFrameRecordSize, "a field lies within the record");
+    std::memmove(static_cast<uint8_t*>(maintainData) + kOffset, data, kSize);
 }
 
-// Where an array lives in the record; sizes and offsets in bytes.
-struct ArrayPlace {
-    size_t countOffset;  // of the one-byte number of elements in use
-    size_t offset;
-    size_t elementSize;
-    size_t maxElements;
-};
-
 // Appends one element; a full array drops it without a word, since the pipeline may offer more
-// elements than a record holds and must not be slowed down for it.
-inline void appendElement(void* maintainData, const ArrayPlace& place, const void* data) {
+// elements than a record holds and must not be slowed down for it. The byte at kCountOffset is
+// the number of elements in use.
+template <size_t kCountOffset, size_t kOffset, size_t kSize, size_t kElementSize>
+void appendElement(void* maintainData, const void* data) {
+    static_assert(kOffset + kSize <= kFrameRecordSize, "an array lies within the record");
     auto* record = static_cast<uint8_t*>(maintainData);
-    const size_t count = record[place.countOffset];  // read once: it bounds the copy
-    if (count > place.maxElements - 1) {
+    const size_t count = record[kCountOffset];  // read once: it bounds the copy
+    if (count > kSize / kElementSize - 1) {
         return;
     }
-    memcpy_s(record + place.offset + count * place.elementSize, place.elementSize, data,
-             place.elementSize);
-    record[place.countOffset] = static_cast<uint8_t>(count + 1);
+    std::memmove(record + kOffset + count * kElementSize, data, kElementSize);
+    record[kCountOffset] = static_cast<uint8_t>(count + 1);
 }
 
 }  // namespace zk

@@ -5,19 +5,17 @@ namespace vdr1 {
 #define VDR_SCALAR_WRITER(field)                                                                   \
     void VDRData1::write_##field(void* maintainData, const void* data) {                           \
         if (!zk::refusesNull(maintainData, data, __func__, __LINE__)) {                            \
-            zk::copyField(maintainData, offsetof(VDRData1, field), sizeof(VDRData1::field), data); \
+            zk::copyField<offsetof(VDRData1, field), sizeof(VDRData1::field)>(maintainData, data); \
         }                                                                                          \
     }
 
-#define VDR_ARRAY_WRITER(field, count)                                                             \
-    void VDRData1::write_##field(void* maintainData, const void* data) {                           \
-        if (!zk::refusesNull(maintainData, data, __func__, __LINE__)) {                            \
-            constexpr size_t kElementSize = sizeof(VDRData1::field[0]);                            \
-            zk::appendElement(maintainData,                                                        \
-                              {offsetof(VDRData1, count), offsetof(VDRData1, field), kElementSize, \
-                               sizeof(VDRData1::field) / kElementSize},                            \
-                              data);                                                               \
-        }                                                                                          \
+#define VDR_ARRAY_WRITER(field, count)                                                           \
+    void VDRData1::write_##field(void* maintainData, const void* data) {                         \
+        if (!zk::refusesNull(maintainData, data, __func__, __LINE__)) {                          \
+            zk::appendElement<offsetof(VDRData1, count), offsetof(VDRData1, field),              \
+                              sizeof(VDRData1::field), sizeof(VDRData1::field[0])>(maintainData, \
+                                                                                   data);        \
+        }                                                                                        \
     }
 
 VDR1_FIELDS(VDR_SCALAR_WRITER, VDR_ARRAY_WRITER)

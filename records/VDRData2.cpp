@@ -5,19 +5,17 @@ namespace vdr2 {
 #define VDR_SCALAR_WRITER(field)                                                                   \
     void VDRData2::write_##field(void* maintainData, const void* data) {                           \
         if (!zk::refusesNull(maintainData, data, __func__, __LINE__)) {                            \
-            zk::copyField(maintainData, offsetof(VDRData2, field), sizeof(VDRData2::field), data); \
+            zk::copyField<offsetof(VDRData2, field), sizeof(VDRData2::field)>(maintainData, data); \
         }                                                                                          \
     }
 
-#define VDR_ARRAY_WRITER(field, count)                                                             \
-    void VDRData2::write_##field(void* maintainData, const void* data) {                           \
-        if (!zk::refusesNull(maintainData, data, __func__, __LINE__)) {                            \
-            constexpr size_t kElementSize = sizeof(VDRData2::field[0]);                            \
-            zk::appendElement(maintainData,                                                        \
-                              {offsetof(VDRData2, count), offsetof(VDRData2, field), kElementSize, \
-                               sizeof(VDRData2::field) / kElementSize},                            \
-                              data);                                                               \
-        }                                                                                          \
+#define VDR_ARRAY_WRITER(field, count)                                                           \
+    void VDRData2::write_##field(void* maintainData, const void* data) {                         \
+        if (!zk::refusesNull(maintainData, data, __func__, __LINE__)) {                          \
+            zk::appendElement<offsetof(VDRData2, count), offsetof(VDRData2, field),              \
+                              sizeof(VDRData2::field), sizeof(VDRData2::field[0])>(maintainData, \
+                                                                                   data);        \
+        }                                                                                        \
     }
 
 VDR2_FIELDS(VDR_SCALAR_WRITER, VDR_ARRAY_WRITER)
