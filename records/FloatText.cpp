@@ -1,9 +1,10 @@
 #include "records/FloatText.h"
 
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+
+#include "records/IntegerText.h"
 
 namespace zk {
 namespace {
@@ -23,12 +24,9 @@ char* formatExtreme(char* out, float value) {
     return out + length;
 }
 
-char* formatFraction(char* out, uint64_t millionths) {
-    for (int digit = 5; digit >= 0; --digit) {
-        out[digit] = static_cast<char>('0' + millionths % 10);
-        millionths /= 10;
-    }
-    return out + 6;
+char* formatFraction(char* out, uint32_t millionths) {
+    out = formatTwoDigits(out, millionths / 10000);
+    return formatFourDigits(out, millionths % 10000);
 }
 
 }  // namespace
@@ -64,9 +62,9 @@ char* formatFloat(char* out, float value) {
     if ((bits >> 31) != 0) {
         *out++ = '-';
     }
-    out = std::to_chars(out, out + 20, whole).ptr;
+    out = formatUnsigned(out, whole);
     *out++ = '.';
-    return formatFraction(out, millionths);
+    return formatFraction(out, static_cast<uint32_t>(millionths));
 }
 
 }  // namespace zk

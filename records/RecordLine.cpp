@@ -1,22 +1,26 @@
 #include "records/RecordLine.h"
 
-#include <charconv>
-
 #include "records/FloatText.h"
+#include "records/IntegerText.h"
 
 namespace zk {
 namespace {
 
-constexpr size_t kLongestLine = kFrameRecordSize - 1;  // characters, without the NUL
+// "-340282346638528859811704183484516925440.000000," is the longest column but text.
+constexpr size_t kLongestColumn = 48;
+
+// Not the function's address, so that it is inlined.
+constexpr auto kUnsigned = [](char* out, uint64_t value) { return formatUnsigned(out, value); };
 
 }  // namespace
 
 RecordLine::RecordLine(const void* record, void* destination)
       : mRecord(static_cast<const uint8_t*>(record)),
-        mDestination(static_cast<char*>(destination)),
-        mLength(strnlen(mDestination, kFrameRecordSize)) {
-    if (mLength > kLongestLine) {
-        mLength = kLongestLine;
+        mOut(static_cast<char*>(destination)),
+        mEnd(mOut + kFrameRecordSize - 1) {
+    mOut += strnlen(mOut, kFrameRecordSize);
+    if (mOut > mEnd) {
+        mOut = mEnd;
         mFull = true;
     }
 }
@@ -25,52 +29,73 @@ void RecordLine::append(const char* text, size_t length) {
     if (mFull) {
         return;
     }
-    if (length > kLongestLine - mLength) {
-        length = kLongestLine - mLength;
+    const auto room = static_cast<size_t>(mEnd - mOut);
+    if (length > room) {
+        length = room;
         mFull = true;
     }
-    std::memcpy(mDestination + mLength, text, length);
-    mLength += length;
+    std::memcpy(mOut, text, length);
+    mOut += length;
 }
 
-template <typename Format>
-void RecordLine::appendColumn(Format format) {
-    if (kLongestLine - mLength >= kLongestColumn && !mFull) {
-        mLength = static_cast<size_t>(format(mDestination + mLength) - mDestination);
-        return;
-    }
-    char column[kLongestColumn];
-    append(column, static_cast<size_t>(format(column) - column));
-}
-
-void RecordLine::unsignedColumn(uint64_t value) {
-    appendColumn([value](char* out) {
-        char* end = std::to_chars(out, out + kLongestColumn, value).ptr;
+// Where the text or the block may end between the values.
+template <typename T, typename Format>
+__attribute__((noinline)) void RecordLine::columnsOneByOne(size_t count, Format format) {
+    for (size_t i = 0; i < count; ++i) {
+        char column[kLongestColumn];
+        char* end = format(column, read<T>(mCursor + i * sizeof(T)));
         *end++ = ',';
-        return end;
-    });
+        append(column, static_cast<size_t>(end - column));
+    }
+}
+
+template <typename T, typename Format>
+RecordLine& RecordLine::columns(size_t count, Format format) {
+    if (count * kLongestColumn > static_cast<size_t>(mEnd - mOut) ||
+        mCursor + count * sizeof(T) > kFrameRecordSize) {
+        columnsOneByOne<T>(count, format);
+    } else {
+        const uint8_t* const values = mRecord + mCursor;
+        char* out = mOut;
+        for (size_t i = 0; i < count; ++i) {
+            T value{};
+            std::memcpy(&value, values + i * sizeof(T), sizeof(T));
+            out = format(out, value);
+            *out++ = ',';
+        }
+        mOut = out;
+    }
+    mCursor += count * sizeof(T);
+    return *this;
+}
+
+RecordLine& RecordLine::u8(size_t count) {
+    return columns<uint8_t>(count, kUnsigned);
+}
+
+RecordLine& RecordLine::u16(size_t count) {
+    return columns<uint16_t>(count, kUnsigned);
+}
+
+RecordLine& RecordLine::u32(size_t count) {
+    return columns<uint32_t>(count, kUnsigned);
+}
+
+RecordLine& RecordLine::u64(size_t count) {
+    return columns<uint64_t>(count, kUnsigned);
 }
 
 RecordLine& RecordLine::i16() {
-    const int16_t value = next<int16_t>();
-    appendColumn([value](char* out) {
-        char* end = std::to_chars(out, out + kLongestColumn, value).ptr;
-        *end++ = ',';
-        return end;
+    return columns<int16_t>(1, [](char* out, int16_t value) {
+        if (value < 0) {
+            *out++ = '-';
+        }
+        return formatUnsigned(out, static_cast<uint64_t>(value < 0 ? -value : value));
     });
-    return *this;
 }
 
-RecordLine& RecordLine::f32(int count) {
-    for (int i = 0; i < count; ++i) {
-        const float value = next<float>();
-        appendColumn([value](char* out) {
-            char* end = formatFloat(out, value);
-            *end++ = ',';
-            return end;
-        });
-    }
-    return *this;
+RecordLine& RecordLine::f32(size_t count) {
+    return columns<float>(count, formatFloat);
 }
 
 RecordLine& RecordLine::text(size_t width) {
@@ -85,7 +110,7 @@ RecordLine& RecordLine::text(size_t width) {
 
 bool RecordLine::finish() {
     append("\n", 1);
-    mDestination[mLength] = '\0';
+    *mOut = '\0';
     return !mFull;
 }
 

@@ -21,13 +21,13 @@ public:
         return *this;
     }
 
-    RecordLine& u8(int count = 1) { return unsignedColumns<uint8_t>(count); }
-    RecordLine& u16(int count = 1) { return unsignedColumns<uint16_t>(count); }
-    RecordLine& u32(int count = 1) { return unsignedColumns<uint32_t>(count); }
-    RecordLine& u64(int count = 1) { return unsignedColumns<uint64_t>(count); }
+    RecordLine& u8(size_t count = 1);
+    RecordLine& u16(size_t count = 1);
+    RecordLine& u32(size_t count = 1);
+    RecordLine& u64(size_t count = 1);
     RecordLine& i16();
     // As "%f" prints it.
-    RecordLine& f32(int count = 1);
+    RecordLine& f32(size_t count = 1);
     // Up to the next NUL, which the field's width does not bound; the block's end does.
     RecordLine& text(size_t width);
 
@@ -59,34 +59,17 @@ private:
         return value;
     }
 
-    template <typename T>
-    T next() {
-        const T value = read<T>(mCursor);
-        mCursor += sizeof(T);
-        return value;
-    }
-
-    template <typename T>
-    RecordLine& unsignedColumns(int count) {
-        for (int i = 0; i < count; ++i) {
-            unsignedColumn(next<T>());
-        }
-        return *this;
-    }
-
-    void unsignedColumn(uint64_t value);
+    // `format(char* out, T value)` writes a value's characters and returns their end.
+    template <typename T, typename Format>
+    RecordLine& columns(size_t count, Format format);
+    template <typename T, typename Format>
+    void columnsOneByOne(size_t count, Format format);
     void append(const char* text, size_t length);
-    // Lets `format(char* out)` write one column of at most kLongestColumn characters.
-    template <typename Format>
-    void appendColumn(Format format);
-
-    // "-340282346638528859811704183484516925440.000000," is the longest column but text.
-    static constexpr size_t kLongestColumn = 48;
 
     const uint8_t* const mRecord;
-    char* const mDestination;
     size_t mCursor = 0;
-    size_t mLength;
+    char* mOut;        // end of the text so far
+    char* const mEnd;  // where the NUL stands at the latest
     bool mFull = false;
 };
 
