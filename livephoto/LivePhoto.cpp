@@ -45,7 +45,9 @@ void LivePhoto::DoneDataForLivePhoto(uint32_t frameNumber) {
         if (isFull) {
             mOfflineVDRDataOut.pop_front();
         }
-        mOfflineVDRDataOut.push_back(mLivePhotoDataMap[place]);
+        if (mOfflineVDRDataOut.reserve(kFrames)) {
+            mOfflineVDRDataOut.push_back(mLivePhotoDataMap[place]);
+        }
     }
     if (isFull) {
         VDR_LOGD("VDR::DoneDataForLivePhoto, mOfflineVDRDataOut size larger than 180!");
@@ -61,7 +63,8 @@ LivePhoto::Post LivePhoto::select(uint32_t start, uint32_t end) {
     }
     // Wraps around: an end just before the start gives none, any earlier one gives all.
     const size_t wanted = end - start + 1;
-    post.records = mOfflineVDRDataOut.oldest(std::min(wanted, mOfflineVDRDataOut.size()));
+    post.count = std::min(wanted, mOfflineVDRDataOut.size());
+    post.records = mOfflineVDRDataOut.oldest(post.count);
     return post;
 }
 
@@ -87,8 +90,11 @@ void LivePhoto::PostDataForLivePhoto(bool isOpen, int32_t fd, const std::string&
             VDR_LOGD("VDR::PostDataForLivePhoto, pop out data, chiFrameNum=%u!",
                      post.droppedFrames.front());
         }
-        const size_t needed = post.records.size() * kFrameRecordSize;
-        if (!buffer.holds(needed)) {
+        const size_t needed = post.count * kFrameRecordSize;
+        if (post.records.size() != post.count) {
+            VDR_LOGE("VDR::PostDataForLivePhoto, no memory for %u bytes of records!",
+                     static_cast<uint32_t>(needed));
+        } else if (!buffer.holds(needed)) {
             VDR_LOGE(
                     "VDR::PostDataForLivePhoto, buffer:%p, apk apply size:%u, postQueue need "
                     "size:%u!",

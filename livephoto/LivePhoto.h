@@ -38,7 +38,8 @@ private:
     static constexpr uint32_t kResultCode = 80;
 
     struct Post {
-        RingQueue<frameData> records;
+        size_t count = 0;              // of the records that were asked for
+        RingQueue<frameData> records;  // all of them, or none where memory is refused
         RingQueue<uint32_t> droppedFrames;
     };
     // Drops queued frames before `start` for good and copies those up to `end`.

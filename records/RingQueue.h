@@ -62,23 +62,19 @@ public:
     // Empties the queue and gives its memory back.
     void clear() { *this = RingQueue(); }
 
-    // Room for `capacity` elements, rounded up to a power of two. False where memory is refused.
+    // Room for `capacity` elements. False where memory is refused.
     bool reserve(size_t capacity) {
-        size_t rounded = kFirstCapacity;
-        while (rounded < capacity) {
-            rounded *= 2;
-        }
-        if (rounded <= mCapacity) {
+        if (capacity <= mCapacity) {
             return true;
         }
-        T* items = static_cast<T*>(std::malloc(rounded * sizeof(T)));
+        T* items = static_cast<T*>(std::malloc(capacity * sizeof(T)));
         if (items == nullptr) {
             return false;
         }
         copyTo(items, mSize);
         std::free(mItems);
         mItems = items;
-        mCapacity = rounded;
+        mCapacity = capacity;
         mFront = 0;
         return true;
     }
@@ -96,7 +92,10 @@ public:
 private:
     static constexpr size_t kFirstCapacity = 32;
 
-    size_t slot(size_t index) const { return (mFront + index) & (mCapacity - 1); }
+    size_t slot(size_t index) const {
+        const size_t place = mFront + index;
+        return place < mCapacity ? place : place - mCapacity;
+    }
 
     void copyTo(T* items, size_t count) const {
         const size_t untilWrap = count < mCapacity - mFront ? count : mCapacity - mFront;
@@ -115,7 +114,7 @@ private:
     }
 
     T* mItems = nullptr;
-    size_t mCapacity = 0;  // zero or a power of two
+    size_t mCapacity = 0;
     size_t mFront = 0;
     size_t mSize = 0;
 };
