@@ -39,7 +39,9 @@ void FrameLossHistory::frameLostProcess(const frameData* frame) {
         return;
     }
     const SpinLockGuard guard(mFrameLostLock);
-    if (!mFrameLostDataQueue.push_back(*frame)) {
+    // At once for the longest one, so that no later frame of the session waits for memory.
+    if (!mFrameLostDataQueue.reserve(kLongestHistory + 1) ||
+        !mFrameLostDataQueue.push_back(*frame)) {
         VDR_LOGE("VDR::frameLostProcess, no memory to keep the frame!");
         return;
     }
@@ -69,8 +71,7 @@ void FrameLossHistory::frameLostProcess(const frameData* frame) {
                     "currentDoneFrame=%u, exceed 100, dump data to txt!",
                     lossCount, front, current);
         }
-        dumpDataToFrameLostTxtFile(front, length);
-        mFrameLostDataQueue.clear();
+        dumpDataToFrameLostTxtFile(front, std::move(mFrameLostDataQueue));
         mFrameLostNumQueue.clear();
         mFrameLostExceedFlag = true;
         return;
@@ -100,20 +101,28 @@ void FrameLossHistory::frameLostProcess(const frameData* frame) {
     if (length <= kFramesBeforeLoss) {
         return;  // an only loss stays queued, and the history grows until it overflows
     }
-    dumpDataToFrameLostTxtFile(front, length - kFramesBeforeLoss);
+    dumpDataToFrameLostTxtFile(front, copyOldest(length - kFramesBeforeLoss));
     mFrameLostDataQueue.keepNewest(kFramesBeforeLoss);
     if (isOnlyLoss) {
         mFrameLostNumQueue.pop_front();
     }
 }
 
-void FrameLossHistory::dumpDataToFrameLostTxtFile(uint32_t lostFrame, size_t frameCount) {
+void FrameLossHistory::dumpDataToFrameLostTxtFile(uint32_t lostFrame, RingQueue<frameData> frames) {
     const LossAccounts::FileRequest request = mAccounts->requestFile();
     if (request.count.has_value()) {
         VDR_LOGI("VDR::dumpDataToFrameLostTxtFile, count:%d!", *request.count);
     }
-    mTxtFile.writeTxtForPreviewFrameLost(mFrameLostDataQueue.oldest(frameCount), lostFrame,
-                                         request.lostTimeStamp);
+    mTxtFile.writeTxtForPreviewFrameLost(std::move(frames), lostFrame, request.lostTimeStamp);
+}
+
+RingQueue<frameData> FrameLossHistory::copyOldest(size_t frameCount) const {
+    RingQueue<frameData> frames = mFrameLostDataQueue.oldest(frameCount);
+    if (frames.size() < frameCount) {
+        VDR_LOGE("VDR::copyOldest, no memory for %u frames, the file stays empty!",
+                 static_cast<uint32_t>(frameCount));
+    }
+    return frames;
 }
 
 void FrameLossHistory::dumpDataToFrameLostTxtFile() {
@@ -125,11 +134,11 @@ void FrameLossHistory::dumpDataToFrameLostTxtFile() {
             VDR_LOGI("VDR::dumpDataToFrameLostTxtFile, flush now, still write a txt, front=%u!",
                      front);
             // Not counted in the loss's account: whoever waits for it is told without this file.
-            mTxtFile.writeTxtForPreviewFrameLost(mFrameLostDataQueue.oldest(length), front,
+            mTxtFile.writeTxtForPreviewFrameLost(std::move(mFrameLostDataQueue), front,
                                                  mAccounts->latestTimeStamp());
         }
         mFrameLostDataQueue.clear();
-        mFrameLostNumQueue = {};
+        mFrameLostNumQueue = std::deque<uint32_t>();
     }
     LossAccounts::Promise promise;
     switch (mAccounts->stop(promise)) {

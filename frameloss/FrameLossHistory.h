@@ -43,9 +43,11 @@ public:
     void resetExceeded() { mFrameLostExceedFlag = false; }
 
 private:
-    // Requests a file of the oldest `frameCount` frames for the loss of `lostFrame`.
-    void dumpDataToFrameLostTxtFile(uint32_t lostFrame, size_t frameCount)
+    // Requests a file of `frames` for the loss of `lostFrame`.
+    void dumpDataToFrameLostTxtFile(uint32_t lostFrame, RingQueue<frameData> frames)
             VDR_REQUIRES(mFrameLostLock);
+    // Copies of the oldest frames; none, after an error line, where memory is refused.
+    RingQueue<frameData> copyOldest(size_t frameCount) const VDR_REQUIRES(mFrameLostLock);
 
     const std::shared_ptr<LossAccounts> mAccounts;
     const FrameLostTxtFile mTxtFile;

@@ -9,7 +9,8 @@
 namespace zk {
 
 // Double-ended queue in one block of memory that doubles when full, so that a queue which has
-// reached its working size never allocates again. Move-only; one thread at a time.
+// reached its working size never allocates again. Move-only, empty once moved from; one thread at
+// a time.
 template <typename T>
 class RingQueue {
     static_assert(std::is_trivially_copyable_v<T>, "elements move by copying bytes");
