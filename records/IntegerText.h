@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
-// Decimal text of unsigned numbers, two digits at a step: a text line has some two hundred
-// numbers, most of them stamps of a dozen digits. Each function returns the end of what it wrote.
+// Decimal text of integers, two digits at a step: lines and tables are mostly stamps of a dozen
+// digits. Each function returns the end of what it wrote.
 namespace zk {
 
 namespace detail {
@@ -85,6 +85,14 @@ inline char* formatUnsigned(char* out, uint64_t value) {
         out = formatEightDigits(out, eightDigitsAt(kTenToThe8th));
     }
     return formatEightDigits(out, eightDigitsAt(1));
+}
+
+inline char* formatSigned(char* out, int64_t value) {
+    if (value < 0) {
+        *out++ = '-';
+        return formatUnsigned(out, uint64_t{0} - static_cast<uint64_t>(value));
+    }
+    return formatUnsigned(out, static_cast<uint64_t>(value));
 }
 
 }  // namespace zk

@@ -86,12 +86,7 @@ RecordLine& RecordLine::u64(size_t count) {
 }
 
 RecordLine& RecordLine::i16() {
-    return columns<int16_t>(1, [](char* out, int16_t value) {
-        if (value < 0) {
-            *out++ = '-';
-        }
-        return formatUnsigned(out, static_cast<uint64_t>(value < 0 ? -value : value));
-    });
+    return columns<int16_t>(1, [](char* out, int16_t value) { return formatSigned(out, value); });
 }
 
 RecordLine& RecordLine::f32(size_t count) {

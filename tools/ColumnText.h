@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "records/FloatText.h"
-#include "tools/DecimalText.h"
+#include "records/IntegerText.h"
 #include "tools/RecordSchema.h"
 
 // Values as text, written where `out` points; each call returns the end. This is the hot path of
@@ -41,17 +41,17 @@ T valueAt(const uint8_t* at) {
 template <Kind kKind>
 char* appendNumber(char* out, const uint8_t* at) {
     if constexpr (kKind == Kind::U8) {
-        return DecimalText::append(out, *at);
+        return zk::formatUnsigned(out, *at);
     } else if constexpr (kKind == Kind::U16) {
-        return DecimalText::append(out, valueAt<uint16_t>(at));
+        return zk::formatUnsigned(out, valueAt<uint16_t>(at));
     } else if constexpr (kKind == Kind::U32) {
-        return DecimalText::append(out, valueAt<uint32_t>(at));
+        return zk::formatUnsigned(out, valueAt<uint32_t>(at));
     } else if constexpr (kKind == Kind::U64) {
-        return DecimalText::append(out, valueAt<uint64_t>(at));
+        return zk::formatUnsigned(out, valueAt<uint64_t>(at));
     } else if constexpr (kKind == Kind::I16) {
-        return DecimalText::appendSigned(out, valueAt<int16_t>(at));
+        return zk::formatSigned(out, valueAt<int16_t>(at));
     } else if constexpr (kKind == Kind::I32) {
-        return DecimalText::appendSigned(out, valueAt<int32_t>(at));
+        return zk::formatSigned(out, valueAt<int32_t>(at));
     } else {
         static_assert(kKind == Kind::F32);
         return appendFloat(out, at);

@@ -161,9 +161,9 @@ void CsvSink::add(const Record& record) {
     constexpr auto kEach = std::make_index_sequence<std::size(kItems)>();
     char* out = mOutput.reserve(mRowStart.size() + longestRow());
     std::memcpy(out, mRowStart.data(), mRowStart.size());
-    out = DecimalText::append(out + mRowStart.size(), record.session);
+    out = zk::formatUnsigned(out + mRowStart.size(), record.session);
     *out++ = ',';
-    out = DecimalText::append(out, record.index);
+    out = zk::formatUnsigned(out, record.index);
     *out++ = ',';
     out = record.known == sizeof(Layout) ? appendCells<true>(out, record, kEach)
                                          : appendCells<false>(out, record, kEach);
