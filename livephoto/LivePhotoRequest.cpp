@@ -11,6 +11,10 @@ namespace {
 
 constexpr size_t kDeepestNesting = 1000;  // a value further down ends the process
 
+// Bytes. Collecting a comment searches all text since the last value: thousands of them would keep
+// the parser busy for seconds. What is read is the same either way.
+constexpr size_t kLongestTextWithComments = 16384;
+
 // Skips the rest of a string or comment that starts at `at`; the position behind it.
 size_t skipString(const std::string& json, size_t at) {
     for (++at; at < json.size() && json[at] != '"'; ++at) {
@@ -80,7 +84,8 @@ LivePhotoRequest LivePhotoRequest::parse(const std::string& json) {
         return request;
     }
     Json::Value root;
-    Json::Reader().parse(json, root, /*collectComments=*/true);
+    const bool collectComments = json.size() <= kLongestTextWithComments;
+    Json::Reader().parse(json, root, collectComments);
     if (!root.isObject()) {
         return request;
     }
