@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 
 #include "demo/Terminal.h"
@@ -32,6 +33,15 @@ void printCosts(const char* kind, const vdr1::AlgoCostTime* costs, unsigned coun
         std::printf(" %.6s %u", costs[i].name, costs[i].cost);
     }
     std::printf("\n");
+}
+
+// The program that is built beside this one, as a shell here would call it.
+std::string vdrdumpPath() {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path().parent_path();
+    const fs::path program = folder / "tools" / "vdrdump";
+    return fs::exists(program, error) ? fs::proximate(program, error).string() : "vdrdump";
 }
 
 }  // namespace
@@ -193,7 +203,7 @@ void SessionReport::printVerdict() const {
         }
     }
     if (!mBinFile.path().empty()) {
-        std::printf("vdrdump info %s\n", mBinFile.path().c_str());
+        std::printf("%s info %s\n", vdrdumpPath().c_str(), mBinFile.path().c_str());
     }
 }
 

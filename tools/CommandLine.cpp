@@ -57,18 +57,39 @@ bool endsWith(const std::string& text, const std::string& end) {
            text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-bool isSameFile(const std::string& a, const std::string& b) {
+uint32_t numberOf(const std::string& option, const std::string& text) {
+    uint32_t number = 0;
+    if (!parseNumber(text, number)) {
+        throw CLI::ValidationError(option, "expected a number, found " + text);
+    }
+    return number;
+}
+
+uint32_t sessionOf(const std::string& text) {
+    const uint32_t session = numberOf("--session", text);
+    if (session == 0) {
+        throw CLI::ValidationError("--session", "sessions count from 1");
+    }
+    return session;
+}
+
+// False for what has no status; `stream` is what "-" stands for.
+bool statusOf(const std::string& path, int stream, struct stat& status) {
+    return (path == "-" ? fstat(stream, &status) : stat(path.c_str(), &status)) == 0;
+}
+
+bool isSameFile(const std::string& dump, const std::string& output) {
     struct stat first {};
     struct stat second {};
-    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
+    return statusOf(dump, STDIN_FILENO, first) && statusOf(output, STDOUT_FILENO, second) &&
            S_ISREG(first.st_mode) && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 // A dump that is gone because it was also named as the output is gone for good.
 void checkOutput(const CommandLine& line) {
     for (const std::string& file : line.files) {
-        if (line.output != "-" && isSameFile(file, line.output)) {
-            throw CLI::ValidationError("-o", line.output + " is one of the dumps to read");
+        if (isSameFile(file, line.output)) {
+            throw CLI::ValidationError("-o", "the output is one of the dumps to read: " + file);
         }
     }
 }
@@ -116,9 +137,10 @@ void addShow(CLI::App& app, CommandLine& line) {
     CLI::App& show = addCommand(app, line, CommandLine::Command::Show, "show",
                                 "Records in words, a line per field");
     addFile(show, line);
-    CLI::Option* one = show.add_option_function<uint32_t>(
+    CLI::Option* one = show.add_option_function<std::string>(
                                    "--frame",
-                                   [&line](uint32_t frame) {
+                                   [&line](const std::string& text) {
+                                       const uint32_t frame = numberOf("--frame", text);
                                        line.choice.frames = {frame, frame};
                                    },
                                    "Only frame N")
@@ -132,22 +154,27 @@ void addShow(CLI::App& app, CommandLine& line) {
     show.add_option("--field", line.choice.fields, "Only these; may be given several times")
             ->type_name("NAME")
             ->expected(1, -1);
-    show.add_option("--session", line.choice.session, "Only camera session N of the file, from 1")
+    show.add_option_function<std::string>(
+                "--session",
+                [&line](const std::string& text) { line.choice.session = sessionOf(text); },
+                "Only camera session N of the file, from 1")
             ->type_name("N");
 }
 
 void addExport(CLI::App& app, CommandLine& line) {
-    const std::map<std::string, CommandLine::Format> formats = {
+    static const std::map<std::string, CommandLine::Format> formats = {
             {"csv", CommandLine::Format::Csv},
             {"ndjson", CommandLine::Format::Ndjson},
             {"sqlite", CommandLine::Format::Sqlite}};
     CLI::App& command = addCommand(app, line, CommandLine::Command::Export, "export",
                                    "All frames as tables for other programs");
     addFiles(command, line);
-    command.add_option("--format", line.format, "csv, ndjson or sqlite")
+    command.add_option_function<std::string>(
+                   "--format", [&line](const std::string& text) { line.format = formats.at(text); },
+                   "csv, ndjson or sqlite")
             ->type_name("FORMAT")
             ->required()
-            ->transform(CLI::CheckedTransformer(formats).description(""));
+            ->check(CLI::IsMember({"csv", "ndjson", "sqlite"}).description(""));
     command.add_option("-o", line.output, "Where to; standard output when left out")
             ->type_name("OUT");
 }
@@ -159,9 +186,11 @@ void addPlot(CLI::App& app, CommandLine& line) {
     plot.add_option("-o", line.output, "Where to: a name that ends in .svg or .png")
             ->type_name("OUT")
             ->required();
-    plot.add_option("--session", line.session, "Camera session of the file, from 1")
+    plot.add_option_function<std::string>(
+                "--session", [&line](const std::string& text) { line.session = sessionOf(text); },
+                "Camera session of the file, from 1")
             ->type_name("N")
-            ->capture_default_str();
+            ->default_str("1");
 }
 
 }  // namespace

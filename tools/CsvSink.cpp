@@ -1,6 +1,7 @@
 #include "tools/CsvSink.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -10,6 +11,8 @@ namespace vdrdump {
 namespace {
 
 constexpr size_t kLongestByte = 2 * kLongestEscape;  // of a name, escaped for JSON and for csv
+
+constexpr size_t kWidestName = 64;  // characters of a text column in an array
 
 constexpr size_t longest(const Column& column) {
     return column.kind == Kind::Text ? column.size * kLongestByte + 6 : kLongestNumber + 1;
@@ -55,7 +58,7 @@ char* appendNameCell(char* out, const uint8_t* at, size_t width) {
 
 // A JSON string inside a quoted cell.
 char* appendJsonName(char* out, const uint8_t* at, size_t width) {
-    char name[64 * kLongestEscape];
+    char name[kWidestName * kLongestEscape];
     const char* const end = appendName(name, at, width);
     const auto append = [&out](const char* text, size_t size) {
         std::memcpy(out, text, size);
@@ -75,12 +78,28 @@ char* appendJsonName(char* out, const uint8_t* at, size_t width) {
     return out;
 }
 
+// JSON has no nan and no inf: they are strings.
+char* appendJsonFloat(char* out, const uint8_t* at) {
+    if (std::isfinite(valueAt<float>(at))) {
+        return appendFloat(out, at);
+    }
+    *out++ = '"';
+    *out++ = '"';
+    out = appendFloat(out, at);
+    *out++ = '"';
+    *out++ = '"';
+    return out;
+}
+
 template <const ArrayField& kArray, size_t... kColumn>
 char* appendElement(char* out, const uint8_t* at, std::index_sequence<kColumn...>) {
     const auto column = [&out, at](auto index) {
         constexpr Column kThis = kArray.columns[decltype(index)::value];
         if constexpr (kThis.kind == Kind::Text) {
+            static_assert(kThis.size <= kWidestName);
             out = appendJsonName(out, at + kThis.offset, kThis.size);
+        } else if constexpr (kThis.kind == Kind::F32) {
+            out = appendJsonFloat(out, at + kThis.offset);
         } else {
             out = appendNumber<kThis.kind>(out, at + kThis.offset);
         }

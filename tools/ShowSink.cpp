@@ -114,8 +114,9 @@ void ShowSink::showArray(const ArrayField& array, const Record& record) {
 
 bool ShowSink::finish() {
     const bool isWritten = mOutput.flush();
-    if (mFound == 0) {
-        std::fprintf(stderr, "vdrdump: no record is of the frames asked for\n");
+    if (mFound == 0 && !mPath.empty()) {
+        std::fprintf(stderr, "vdrdump: %s: expected records of the frames asked for, found none\n",
+                     mPath.c_str());
     }
     return isWritten && mFound != 0;
 }

@@ -25,7 +25,7 @@ public:
 
     explicit ShowSink(const Choice& choice);
 
-    void beginFile(const DumpFile&) override {}
+    void beginFile(const DumpFile& file) override { mPath = file.path; }
     void add(const Record& record) override;
     void endSession(const SessionSummary&) override {}
     void endFile(uint64_t, const DamageLog&) override {}
@@ -39,6 +39,7 @@ private:
     const Choice mChoice;
     std::bitset<std::size(kItems)> mShown;
     Output mOutput;
+    std::string mPath;  // empty where there was nothing to read
     uint64_t mFound = 0;
 };
 

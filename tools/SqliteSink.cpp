@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <iterator>
 
 #include "tools/ColumnText.h"
@@ -68,6 +69,13 @@ void bindColumn(sqlite3_stmt* statement, int index, const Column& column, const 
     }
 }
 
+// What a link leads to, so that the link stays.
+std::string targetOf(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path target = std::filesystem::canonical(path, error);
+    return error ? path : target.string();
+}
+
 const char* nameOf(DumpKind kind) {
     switch (kind) {
         case DumpKind::Binary:
@@ -83,7 +91,12 @@ const char* nameOf(DumpKind kind) {
 }  // namespace
 
 SqliteSink::SqliteSink(const std::string& path)
-      : mPath(path), mUnfinishedPath(path + "." + std::to_string(getpid()) + ".unfinished") {
+      : mPath(targetOf(path)), mUnfinishedPath(mPath + ".unfinished") {
+    if (std::filesystem::exists(mPath) && !std::filesystem::is_regular_file(mPath)) {
+        mHasFailed = true;
+        std::fprintf(stderr, "vdrdump: %s: expected a file to replace\n", mPath.c_str());
+        return;
+    }
     unlink(mUnfinishedPath.c_str());
     if (sqlite3_open(mUnfinishedPath.c_str(), &mDatabase) != SQLITE_OK) {
         fail();

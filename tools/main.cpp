@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -56,9 +57,20 @@ bool run(const CommandLine& line) {
     return sink->finish() && isWhole;
 }
 
+// Where a standard stream is closed, the first file to be opened would take its place, and messages
+// would end up in it. The place is taken by what can be neither read nor written.
+void occupyStandardStreams() {
+    int descriptor = 0;
+    do {
+        descriptor = open("/dev/null", O_PATH);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    close(descriptor);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    occupyStandardStreams();
     try {
         CommandLine line;
         int status = 0;

@@ -101,7 +101,9 @@ std::string rangeText(const PlotCurves& curves, const std::vector<Trace>& traces
     }
     const double low = all.low();
     const double high = all.high();
-    const double room = high > low ? (high - low) * 0.08 : std::max(std::abs(low) * 0.1, 1.0);
+    // to_string() has six decimals: what differs by less is a single value, too.
+    const double room =
+            high - low > 1e-4 ? (high - low) * 0.08 : std::max(std::abs(low) * 0.1, 1.0);
     return "[" + std::to_string(low - room) + ":" + std::to_string(high + room) + "]\n";
 }
 

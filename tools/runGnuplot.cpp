@@ -2,13 +2,17 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+
+#include "tools/Output.h"
 
 namespace vdrdump {
 namespace {
@@ -36,7 +40,8 @@ void writeAll(int to, const std::string& text) {
 // 0, or an errno value. `input` is what the child reads, `output` what it writes.
 int spawn(int input, int output, pid_t& child) {
     char name[] = "gnuplot";
-    char* const arguments[] = {name, nullptr};
+    char withoutUserSettings[] = "-d";
+    char* const arguments[] = {name, withoutUserSettings, nullptr};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
@@ -72,19 +77,31 @@ bool runWithOutput(const std::string& script, const std::string& path, int outpu
     return true;
 }
 
+// gnuplot does not tell when its output could not be written.
+bool copyTo(const std::string& path, int picture) {
+    Output output(path);
+    constexpr size_t kBlock = 65536;
+    off_t at = 0;
+    ssize_t length = 0;
+    do {
+        char* const to = output.reserve(kBlock);
+        length = pread(picture, to, kBlock, at);
+        output.commit(to + std::max<ssize_t>(length, 0));
+        at += length;
+    } while (length > 0);
+    return output.flush() && length == 0;
+}
+
 }  // namespace
 
 bool runGnuplot(const std::string& script, const std::string& path) {
-    const int output = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (output < 0) {
-        return complain(path, "to write it", errno);
+    const int picture = memfd_create("picture", MFD_CLOEXEC);
+    if (picture < 0) {
+        return complain(path, "memory for the picture", errno);
     }
-    const bool isDrawn = runWithOutput(script, path, output);
-    close(output);
-    if (!isDrawn) {
-        unlink(path.c_str());
-    }
-    return isDrawn;
+    const bool isGiven = runWithOutput(script, path, picture) && copyTo(path, picture);
+    close(picture);
+    return isGiven;
 }
 
 }  // namespace vdrdump
