@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
+#include "platform/SyncManager.h"
 #include "platform/host/ClockControl.h"
 #include "platform/host/DeviceControl.h"
 #include "platform/host/FileControl.h"
@@ -17,11 +19,40 @@ namespace zk::test {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr uint32_t kStamps = 15;
+constexpr uint32_t kTagFirstStamp = 19;
+constexpr size_t kFirstStampAt = 3534;
+
+uint64_t stampOf(uint32_t frameNumber, uint64_t index) {
+    return (frameNumber + index * 1000003) * UINT64_C(0x9E3779B97F4A7C15);
+}
+
+// That ends a file's name.
+std::string numberIn(const std::string& name) {
+    return std::to_string(std::atoi(&name[name.rfind('_') + 1]));
+}
+
+// " 11-40 42-50"
+std::string ranges(const std::vector<uint32_t>& numbers) {
+    std::string text;
+    for (size_t i = 0, first = 0; i < numbers.size(); ++i) {
+        if (i + 1 == numbers.size() || numbers[i + 1] != numbers[i] + 1) {
+            text += " " + std::to_string(numbers[first]);
+            text += i > first ? "-" + std::to_string(numbers[i]) : "";
+            first = i + 1;
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
 RecorderTest::RecorderTest() {
     std::string root = (fs::temp_directory_path() / "vdr-test-XXXXXX").string();
     mRoot = mkdtemp(root.data());
-    fs::create_directories(mRoot.string() + kBinFolder);
-    fs::create_directories(mRoot.string() + kLossFolder);
+    removeDumps();
     setenv("TZ", "UTC", 1);
     tzset();
     host::setRootFolder(mRoot);
@@ -41,6 +72,10 @@ RecorderTest::~RecorderTest() {
     host::forgetPromises();
     host::failClock(false);
     host::failEveryOpen(false);
+    for (const auto call : {host::FileCall::kOpen, host::FileCall::kWrite, host::FileCall::kClose,
+                            host::FileCall::kChangeMode}) {
+        host::failFileCall(call, 0);
+    }
     host::withholdThermalObserver(false);
     host::setThermalStateWord(0);
     host::setCaptureMemory(0);
@@ -74,6 +109,23 @@ RecorderTest::Frame::Frame(IVideoDataRecoder& recorder, uint32_t number)
     write(0, number);
 }
 
+RecorderTest::Frame& RecorderTest::Frame::stamp() {
+    for (uint32_t i = 0; i < kStamps; ++i) {
+        write(kTagFirstStamp + i, stampOf(mNumber, i));
+    }
+    return *this;
+}
+
+uint32_t RecorderTest::checkStamps(const void* record) {
+    const uint32_t number = frameNumberOf(record);
+    uint64_t stamps[kStamps];
+    std::memcpy(stamps, static_cast<const char*>(record) + kFirstStampAt, sizeof(stamps));
+    for (uint32_t i = 0; i < kStamps; ++i) {
+        EXPECT_EQ(stamps[i], stampOf(number, i)) << "frame " << number;
+    }
+    return number;
+}
+
 void RecorderTest::completeFrames(uint32_t first, uint32_t last) {
     for (uint64_t number = first; number <= last; ++number) {
         frame(static_cast<uint32_t>(number)).done();
@@ -89,23 +141,44 @@ std::vector<uint8_t> RecorderTest::oldestDone() {
                             : std::vector<uint8_t>();
 }
 
+uint32_t RecorderTest::doneCount() {
+    uint32_t count = UINT32_MAX;
+    recorder().VDRDoneCount(0, &count);
+    return count;
+}
+
 void RecorderTest::announceLoss(uint64_t frameNumber, uint64_t timeStamp) {
     recorder();
     host::MonitoringService::instance().announceFrameDrop(timeStamp, frameNumber);
     host::MonitoringService::instance().waitUntilDelivered();
 }
 
-std::shared_future<VdrSyncCode> RecorderTest::promiseOf(uint64_t timeStamp) {
-    return SyncManager::getInstance()->getFuture(timeStamp);
-}
-
 std::string RecorderTest::settlement(uint64_t timeStamp) {
     host::waitForThreadPool();
-    const std::shared_future<VdrSyncCode> future = promiseOf(timeStamp);
+    const auto future = SyncManager::getInstance()->getFuture(timeStamp);
     if (future.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
         return "pending";
     }
     return future.get() == VDR_SYNC_DONE ? "done" : "limited";
+}
+
+void RecorderTest::play(const std::string& script) {
+    std::istringstream words(script);
+    for (std::string word; words >> word;) {
+        if (word == "open") {
+            openSession();
+        } else if (word == "stop") {
+            closeSession();
+        } else if (word == "pause") {
+            host::advanceWallClock(500000);
+        } else if (word[0] == '!') {
+            announceLoss(std::stoull(word.substr(1)), kNow + mLosses++);
+        } else {
+            const size_t last = word.find('-') + 1;  // 0: there is no other end
+            completeFrames(static_cast<uint32_t>(std::stoul(word)),
+                           static_cast<uint32_t>(std::stoul(word.substr(last))));
+        }
+    }
 }
 
 fs::path RecorderTest::onHost(const std::string& devicePath) const {
@@ -138,13 +211,39 @@ std::vector<std::string> RecorderTest::lossFiles() const {
     return filesIn(kLossFolder);
 }
 
-std::vector<uint32_t> RecorderTest::framesInLossFile(const std::string& name) const {
-    std::istringstream content(readFile(onHost(kLossFolder) / name));
-    std::vector<uint32_t> frames;
-    for (std::string line; std::getline(content, line);) {
-        frames.push_back(static_cast<uint32_t>(std::strtoul(line.c_str(), nullptr, 10)));
+std::string RecorderTest::lossDumps() const {
+    std::string text;
+    for (const std::string& name : lossFiles()) {
+        const std::string content = readFile(onHost(kLossFolder) / name);
+        std::vector<uint32_t> frames;
+        for (size_t at = 0; at < content.size();
+             at = std::min(content.find('\n', at), content.size() - 1) + 1) {
+            frames.push_back(static_cast<uint32_t>(std::atoll(&content[at])));
+        }
+        text += (text.empty() ? "" : "; ") + numberIn(name) + ":" + ranges(frames);
     }
-    return frames;
+    return text;
+}
+
+std::string RecorderTest::binDumps() const {
+    std::string text;
+    for (const std::string& name : binFiles()) {
+        const std::string content = readBinFile(name);
+        EXPECT_EQ(content.size() % kFrameRecordSize, 0U) << name;
+        std::vector<uint32_t> frames;
+        for (size_t at = 0; at < content.size(); at += kFrameRecordSize) {
+            frames.push_back(frameNumberOf(&content[at]));
+        }
+        text += (text.empty() ? "" : "; ") + numberIn(name) + ":" + ranges(frames);
+    }
+    return text;
+}
+
+void RecorderTest::removeDumps() const {
+    for (const char* folder : {kBinFolder, kLossFolder}) {
+        fs::remove_all(onHost(folder));
+        fs::create_directories(onHost(folder));
+    }
 }
 
 std::vector<std::string> RecorderTest::binFiles() const {

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <future>
 #include <memory>
 #include <string>
 #include <vector>
@@ -32,7 +31,6 @@ protected:
     void switchRecordingOn();
 
     ZkaVideoDataRecoderImpl& recorder();
-    bool hasRecorder() const { return mRecorder != nullptr; }
     // Destroys it as unloading the library would; its next use makes a new one.
     void destroyRecorder();
     void openSession(int32_t sceneMode = 0) { recorder().initialize(1, sceneMode); }
@@ -48,6 +46,8 @@ protected:
             mRecorder.writeMaintain(mNumber, tag, &value);
             return *this;
         }
+        // Fills the fifteen stamps with what only this frame can hold.
+        Frame& stamp();
         void done() { mRecorder.VDRDone(mNumber); }
 
     private:
@@ -60,27 +60,35 @@ protected:
     void completeFrames(uint32_t first, uint32_t last);
     // The oldest done record; empty where there is none.
     std::vector<uint8_t> oldestDone();
+    uint32_t doneCount();
+    // The frame number of a record; fails where another frame's stamp is in it.
+    static uint32_t checkStamps(const void* record);
 
     // Announces a dropped frame and waits until the recorder has taken it in.
     void announceLoss(uint64_t frameNumber, uint64_t timeStamp = kNow);
-    // The announcer's end of the promise; get it before or after the announcement.
-    std::shared_future<VdrSyncCode> promiseOf(uint64_t timeStamp = kNow);
     // "pending", "limited" or "done".
     std::string settlement(uint64_t timeStamp = kNow);
+
+    // Plays camera sessions written in words: "7" and "7-40" complete frames, "!41" announces the
+    // loss of a frame, the first one at kNow and each a microsecond after the last, "open" and
+    // "stop" are for the session, "pause" lets half a second pass.
+    void play(const std::string& script);
 
     // Where a path of the device lies.
     std::filesystem::path onHost(const std::string& devicePath) const;
     void layFile(const std::string& devicePath, const std::string& content) const;
     std::string readFile(const std::filesystem::path& path) const;
-    // Names of the files in a folder of the device, sorted.
-    std::vector<std::string> filesIn(const std::string& deviceFolder) const;
-    // After the worker pool has come to rest: names of the frame-loss text files, sorted.
+    // Names of the frame-loss text files, after the worker pool has come to rest, and of the
+    // binary dump files, sorted.
     std::vector<std::string> lossFiles() const;
-    // The frame numbers in the lines of a frame-loss file.
-    std::vector<uint32_t> framesInLossFile(const std::string& name) const;
-    // Names of the binary dump files, sorted, and a file's content.
     std::vector<std::string> binFiles() const;
     std::string readBinFile(const std::string& name) const;
+    // What the files of one kind hold, by the number that ends their names:
+    // "41: 11-40 42-50; 100: 70-99".
+    std::string lossDumps() const;
+    std::string binDumps() const;
+    // Empties both folders.
+    void removeDumps() const;
 
     // Texts logged so far at `priority` (3 to 6; 0: any) that contain `part`.
     static std::vector<std::string> logged(const std::string& part, int priority = 0);
@@ -90,6 +98,9 @@ protected:
     SleepGate mSleep;
 
 private:
+    std::vector<std::string> filesIn(const std::string& deviceFolder) const;
+
+    uint64_t mLosses = 0;
     std::filesystem::path mRoot;
     std::unique_ptr<ZkaVideoDataRecoderImpl> mRecorder;
 };
