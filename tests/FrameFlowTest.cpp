@@ -1,12 +1,10 @@
 #include <algorithm>
 #include <cstring>
 #include <deque>
-#include <functional>
 #include <map>
 #include <random>
 #include <utility>
 
-#include "frameloss/FrameDropEvents.h"
 #include "platform/Log.h"
 #include "platform/host/ClockControl.h"
 #include "sysstatus/SysStatusCollection.h"
@@ -15,6 +13,8 @@
 
 namespace zk::test {
 namespace {
+
+using Lines = std::vector<std::string>;
 
 constexpr size_t kBlocks = 80;
 constexpr uint32_t kFrameNumber = 0;  // tags
@@ -34,12 +34,6 @@ std::vector<uint8_t> plainRecord(uint32_t number, uint64_t stamp, size_t which =
 
 class FrameFlowTest : public RecorderTest {
 protected:
-    size_t doneCount() {
-        uint32_t count = 99;
-        recorder().VDRDoneCount(0, &count);
-        return count;
-    }
-
     bool isToBeRecorded(uint32_t number) {
         bool isPreviewOpen = false;
         recorder().checkPreviewAndVideoStatus(number, &isPreviewOpen);
@@ -53,6 +47,13 @@ protected:
         recorder().getMP4Writable(&writable);
         recorder().VDRReport(0);
         return writable;
+    }
+
+    // False where one is running.
+    bool startRecording(uint32_t number) {
+        bool isStarted = false;
+        recorder().markWritable(number, isStarted);
+        return isStarted;
     }
 
     uint32_t videoRecordSeconds() {
@@ -123,144 +124,79 @@ TEST_F(FrameFlowTest, CallsInAnyOrder_KeepEveryBlockInOnePool) {
         ASSERT_EQ(oldestDone(), pools.oldest()) << "step " << step;
     }
     EXPECT_GT(fullest, 60U);  // or the walk has not shown much
+    EXPECT_EQ(countLogged("", kLogError), countLogged("currentDoneFrame is 0!"));
 }
 
-TEST_F(FrameFlowTest, FrameWithoutAFreeBlock_IsSilentlyNotRecorded) {
-    openSession();
-    for (uint32_t number = 1; number <= kBlocks; ++number) {
-        frame(number);
-    }
+// Frame 7 is being filled, frame 8 is not.
+TEST_F(FrameFlowTest, BadCalls_AreToldInOneLineOrNotAtAllAndWriteNothing) {
+    constexpr uint32_t kValue = 0x01010101;
+    constexpr uint32_t kTags[] = {0, 5};
+    const void* const kDatas[] = {&kValue, &kValue};
+    IVideoDataRecoder& r = recorder();
+    r.VDRProcessing(7);
     forgetLog();
-    frame(81).write(kZoomRatio, 1.5F).done();
-    EXPECT_EQ(doneCount(), 0U);
-    frame(1).done();
-    recorder().VDRReport(0);
-    frame(81).done();
-    EXPECT_EQ(doneCount(), 1U);
-    EXPECT_TRUE(transcript("").empty());
-}
-
-TEST_F(FrameFlowTest, FrameThatWasNeverTaken_ReachesNobody) {
-    recorder();
-    forgetLog();
-    recorder().VDRDone(5);
-    EXPECT_TRUE(transcript("").empty());
-    recorder().VDRProcessing(5);
-    recorder().VDRDone(5);  // without its number, which the frame-loss history refuses
-    EXPECT_EQ(transcript("").size(), 1U);
-}
-
-TEST_F(FrameFlowTest, OldestDoneRecord_IsTheLiveBlock) {
-    openSession();
-    frame(7).done();
-    void* record = nullptr;
-    recorder().getVDRInfo(6, &record);
-    ASSERT_NE(record, nullptr);
-    EXPECT_EQ(frameNumberOf(record), 7U);
-    recorder().VDRReport(6);
-    EXPECT_EQ(frameNumberOf(record), 0U);
-
-    bool writable = true;
-    recorder().getVDRInfo(7, &record);
-    recorder().getMP4Writable(&writable);
-    EXPECT_EQ(record, nullptr);
-    EXPECT_FALSE(writable);
-}
-
-struct Refusal {
-    const char* name;
-    std::function<void(IVideoDataRecoder&)> call;
-    const char* told = nullptr;  // null: nothing
-};
-
-void PrintTo(const Refusal& row, std::ostream* out) {
-    *out << row.name;
-}
-
-class RefusalTest : public FrameFlowTest, public testing::WithParamInterface<Refusal> {};
-
-TEST_P(RefusalTest, IsToldInOneLineOrNotAtAllAndWritesNothing) {
+    r.writeMaintain(7, 38, &kValue);  // no field has a writer before the first session
+    r.writeMaintain(8, 5, &kValue);
+    r.writeMaintains(7, kTags, kDatas, 2);
+    const std::string one = "E writeMaintain<LINE>: VDR::writeMaintain, ";
+    EXPECT_EQ(transcript(""), (Lines{one + "fun is nullptr, tagId=38, frameNumber=7!",
+                                     one + "fun is nullptr, tagId=5, frameNumber=8!"}));
     openSession(-1);
-    recorder().VDRProcessing(7);
     forgetLog();
-    GetParam().call(recorder());
-    std::vector<std::string> expected;
-    if (GetParam().told != nullptr) {
-        expected = {std::string("E ") + GetParam().told};
-    }
-    EXPECT_EQ(transcript(""), expected);
-    recorder().VDRDone(7);
-    EXPECT_EQ(oldestDone(), plainRecord(0, 0));
-}
-
-constexpr uint32_t kValue = 0x01010101;
-constexpr uint32_t kTags[] = {0, 5};
-const void* const kDatas[] = {&kValue, &kValue};
-const Refusal kRefusals[] = {
-        {"TagBeyondTheLast", [](auto& r) { r.writeMaintain(7, 39, &kValue); },
-         "writeMaintain<LINE>: VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=39, "
-         "frameNumber=7!"},
-        {"HugeTagOfAnyFrame", [](auto& r) { r.writeMaintain(UINT32_MAX, UINT32_MAX, &kValue); },
-         "writeMaintain<LINE>: VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=-1, "
-         "frameNumber=-1!"},
-        {"NullData", [](auto& r) { r.writeMaintain(7, 0, nullptr); },
-         "writeMaintain<LINE>: VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=0, "
-         "frameNumber=7!"},
-        {"FrameNotTaken", [](auto& r) { r.writeMaintain(8, 0, &kValue); }},
-        {"NullDatas", [](auto& r) { r.writeMaintains(8, kTags, nullptr, 0); },
-         "writeMaintains<LINE>: VDR::writeMaintains, data is nullptr, frameNumber=8!"},
-        {"NullTags", [](auto& r) { r.writeMaintains(7, nullptr, kDatas, 2); },
-         "writeMaintains<LINE>: VDR::writeMaintains, tagIds is nullptr, frameNumber=7!"},
-        {"NullTagsOfNoPairs", [](auto& r) { r.writeMaintains(7, nullptr, kDatas, 0); }},
-        {"NullTagsOfAFrameNotTaken", [](auto& r) { r.writeMaintains(8, nullptr, kDatas, 2); }},
-        {"PairsOfAFrameNotTaken", [](auto& r) { r.writeMaintains(8, kTags, kDatas, UINT32_MAX); }},
-        {"NoPairs", [](auto& r) { r.writeMaintains(7, kTags, kDatas, 0); }},
-        {"NullCount", [](auto& r) { r.VDRDoneCount(7, nullptr); },
-         "VDRDoneCount<LINE>: VDR::count is nullptr!"},
-        {"NullRecord", [](auto& r) { r.getVDRInfo(7, nullptr); },
-         "getVDRInfo<LINE>: VDR::data is nullptr!"},
-        {"NullWritable", [](auto& r) { r.getMP4Writable(nullptr); },
-         "getMP4Writable<LINE>: VDR::writable is nullptr!"},
-        {"NullStatus", [](auto& r) { r.getVDRStatus(nullptr); },
-         "getVDRStatus<LINE>: VDR::getVDRStatus is nullptr!"},
-        {"NullPreview", [](auto& r) { r.checkPreviewAndVideoStatus(7, nullptr); },
-         "checkPreviewAndVideoStatus<LINE>: VDR::isPreviewOpen is nullptr!"},
-        {"NothingToReport", [](auto& r) { r.VDRReport(7); }},
-        {"NoRecordingToEnd", [](auto& r) { r.markUnWritable(7); }},
-};
-INSTANTIATE_TEST_SUITE_P(Table, RefusalTest, testing::ValuesIn(kRefusals),
-                         [](const auto& row) { return row.param.name; });
-
-TEST_F(FrameFlowTest, FieldWithoutAWriter_IsRefusedOneByOneAndSkippedInPairs) {
-    recorder().VDRProcessing(7);
-    forgetLog();
-    recorder().writeMaintain(7, 38, &kValue);
-    recorder().writeMaintain(8, 5, &kValue);
-    recorder().writeMaintains(7, kTags, kDatas, 2);
+    r.writeMaintain(7, 39, &kValue);
+    r.writeMaintain(UINT32_MAX, UINT32_MAX, &kValue);
+    r.writeMaintain(7, 0, nullptr);
+    r.writeMaintain(8, 0, &kValue);
+    r.writeMaintains(8, kTags, nullptr, 0);
+    r.writeMaintains(7, nullptr, kDatas, 2);
+    r.writeMaintains(7, nullptr, kDatas, 0);
+    r.writeMaintains(8, nullptr, kDatas, 2);
+    r.writeMaintains(8, kTags, kDatas, UINT32_MAX);
+    r.writeMaintains(7, kTags, kDatas, 0);
+    r.VDRDoneCount(7, nullptr);
+    r.getVDRInfo(7, nullptr);
+    r.getMP4Writable(nullptr);
+    r.getVDRStatus(nullptr);
+    r.checkPreviewAndVideoStatus(7, nullptr);
+    r.VDRDone(8);
+    r.VDRReport(7);
+    r.markUnWritable(7);
+    const std::string bad = one + "tagId is wrong or data is nullptr, ";
+    const std::string several = "E writeMaintains<LINE>: VDR::writeMaintains, ";
     EXPECT_EQ(transcript(""),
-              (std::vector<std::string>{"E writeMaintain<LINE>: VDR::writeMaintain, fun is "
-                                        "nullptr, tagId=38, frameNumber=7!",
-                                        "E writeMaintain<LINE>: VDR::writeMaintain, fun is "
-                                        "nullptr, tagId=5, frameNumber=8!"}));
+              (Lines{bad + "tagId=39, frameNumber=7!", bad + "tagId=-1, frameNumber=-1!",
+                     bad + "tagId=0, frameNumber=7!", several + "data is nullptr, frameNumber=8!",
+                     several + "tagIds is nullptr, frameNumber=7!",
+                     "E VDRDoneCount<LINE>: VDR::count is nullptr!",
+                     "E getVDRInfo<LINE>: VDR::data is nullptr!",
+                     "E getMP4Writable<LINE>: VDR::writable is nullptr!",
+                     "E getVDRStatus<LINE>: VDR::getVDRStatus is nullptr!",
+                     "E checkPreviewAndVideoStatus<LINE>: VDR::isPreviewOpen is nullptr!"}));
+    r.VDRDone(7);
+    EXPECT_EQ(oldestDone(), plainRecord(0, 0));
+    r.VDRReport(7);
+    void* record = this;
+    bool writable = true;
+    r.getVDRInfo(7, &record);
+    r.getMP4Writable(&writable);
+    EXPECT_TRUE(record == nullptr && !writable) << "no frame is done";
 }
 
 TEST_F(FrameFlowTest, BadPairs_AreToldAndTheOthersWritten) {
     openSession();
-    const uint32_t tags[] = {0, 40, 5, 38, 39, 19};
+    constexpr uint32_t kValue = 0x01010101;
     const uint64_t stamp = 0x1122334455667788;
+    const uint32_t tags[] = {0, 40, 5, 38, 39, 19};
     const void* const datas[] = {&kValue, &kValue, &kValue, nullptr, &kValue, &stamp};
     recorder().VDRProcessing(7);
     forgetLog();
     recorder().writeMaintains(7, tags, datas, 6);
     recorder().VDRDone(7);
-    EXPECT_EQ(transcript(""),
-              (std::vector<std::string>{
-                      "E writeMaintains<LINE>: VDR::writeMaintains, tagId is wrong, tagId=40, "
-                      "frameNumber=7!",
-                      "E () write_memoryAllocTimeoutInfo<LINE>: VDR::maintainData == nullptr || "
-                      "data == nullptr!",
-                      "E writeMaintains<LINE>: VDR::writeMaintains, tagId is wrong, tagId=39, "
-                      "frameNumber=7!"}));
+    const std::string wrong = "E writeMaintains<LINE>: VDR::writeMaintains, tagId is wrong, ";
+    EXPECT_EQ(transcript(""), (Lines{wrong + "tagId=40, frameNumber=7!",
+                                     "E () write_memoryAllocTimeoutInfo<LINE>: VDR::maintainData "
+                                     "== nullptr || data == nullptr!",
+                                     wrong + "tagId=39, frameNumber=7!"}));
     std::vector<uint8_t> expected = plainRecord(kValue, stamp);
     std::memcpy(expected.data() + kZoomRatioAt, &kValue, sizeof(kValue));
     EXPECT_EQ(oldestDone(), expected);
@@ -268,78 +204,64 @@ TEST_F(FrameFlowTest, BadPairs_AreToldAndTheOthersWritten) {
 
 struct Window {
     const char* name;
-    std::vector<std::pair<char, uint32_t>> marks;  // '+' starts a recording, '-' ends it
+    std::vector<int64_t> marks;  // the frame that starts a recording, or minus the one that ends it
     uint32_t frameNumber;
     bool isMp4Writable;
     bool isToBeRecorded;
 };
 
-void PrintTo(const Window& row, std::ostream* out) {
-    *out << row.name;
-}
+const Window kWindows[] = {{"no recording", {}, 5, false, false},
+                           {"before the first frame", {100}, 99, false, false},
+                           {"first frame", {100}, 100, true, true},
+                           {"last number there is", {100}, UINT32_MAX - 1, true, true},
+                           {"number that means none", {100}, UINT32_MAX, false, true},
+                           {"start from none", {UINT32_MAX}, UINT32_MAX - 1, false, false},
+                           {"second start", {100, 50}, 99, false, false},
+                           {"last frame", {100, -200}, 199, true, true},
+                           {"frame that ends it", {100, -200}, 200, false, false},
+                           {"older than the ended one", {100, -200}, 1, true, true},
+                           {"end without start", {-200}, 199, false, false},
+                           {"second end", {100, -200, -300}, 250, false, false},
+                           {"end at zero", {100, 0}, 5, false, false},
+                           {"end at zero of none", {100, 0}, UINT32_MAX, false, false},
+                           {"the next forgets the last", {100, -200, 300}, 150, false, false},
+                           {"the next", {100, -200, 300}, 300, true, true}};
 
-class WindowTest : public FrameFlowTest, public testing::WithParamInterface<Window> {};
-
-TEST_P(WindowTest, DecidesWhatBelongsToARecording) {
-    bool isRunning = false;
-    for (const auto& [mark, number] : GetParam().marks) {
-        if (mark == '+') {
-            bool writable = isRunning;
-            recorder().markWritable(number, writable);
-            EXPECT_EQ(writable, !isRunning);
-        } else {
-            recorder().markUnWritable(number);
-        }
-        isRunning = mark == '+';
-    }
+TEST_F(FrameFlowTest, Recordings_DecideWhatBelongsToOne) {
     openSession(-1);
-    EXPECT_EQ(isMp4Writable(GetParam().frameNumber), GetParam().isMp4Writable);
-    EXPECT_EQ(isToBeRecorded(GetParam().frameNumber), GetParam().isToBeRecorded);
-    closeSession();
-    EXPECT_FALSE(isMp4Writable(GetParam().frameNumber) || isToBeRecorded(GetParam().frameNumber));
+    for (const Window& window : kWindows) {
+        SCOPED_TRACE(window.name);
+        const uint32_t number = window.frameNumber;
+        bool isRunning = false;
+        for (const int64_t mark : window.marks) {
+            if (mark > 0) {
+                EXPECT_EQ(startRecording(static_cast<uint32_t>(mark)), !isRunning);
+            } else {
+                recorder().markUnWritable(static_cast<uint32_t>(-mark));
+            }
+            isRunning = mark > 0;
+        }
+        EXPECT_EQ(isMp4Writable(number), window.isMp4Writable);
+        EXPECT_EQ(isToBeRecorded(number), window.isToBeRecorded);
+        closeSession();
+        EXPECT_FALSE(isMp4Writable(number) || isToBeRecorded(number));
+    }
 }
-
-const Window kWindows[] = {
-        {"NoRecording", {}, 5, false, false},
-        {"BeforeTheFirst", {{'+', 100}}, 99, false, false},
-        {"First", {{'+', 100}}, 100, true, true},
-        {"LastNumberThereIs", {{'+', 100}}, UINT32_MAX - 1, true, true},
-        {"NumberThatMeansNone", {{'+', 100}}, UINT32_MAX, false, true},
-        {"StartFromNone", {{'+', UINT32_MAX}}, UINT32_MAX - 1, false, false},
-        {"SecondStart", {{'+', 100}, {'+', 50}}, 99, false, false},
-        {"Last", {{'+', 100}, {'-', 200}}, 199, true, true},
-        {"FrameThatEndsIt", {{'+', 100}, {'-', 200}}, 200, false, false},
-        {"OlderThanTheEndedOne", {{'+', 100}, {'-', 200}}, 1, true, true},
-        {"EndWithoutStart", {{'-', 200}}, 199, false, false},
-        {"SecondEnd", {{'+', 100}, {'-', 200}, {'-', 300}}, 250, false, false},
-        {"EndAtZero", {{'+', 100}, {'-', 0}}, 5, false, false},
-        {"EndAtZeroOfNone", {{'+', 100}, {'-', 0}}, UINT32_MAX, false, false},
-        {"NextForgetsTheLast", {{'+', 100}, {'-', 200}, {'+', 300}}, 150, false, false},
-        {"Next", {{'+', 100}, {'-', 200}, {'+', 300}}, 300, true, true}};
-INSTANTIATE_TEST_SUITE_P(Table, WindowTest, testing::ValuesIn(kWindows),
-                         [](const auto& row) { return row.param.name; });
 
 TEST_F(FrameFlowTest, RecordingSwitch_HasEveryFrameRecorded) {
     switchRecordingOn();
-    EXPECT_TRUE(isToBeRecorded(0) && isToBeRecorded(UINT32_MAX));
-    EXPECT_FALSE(isMp4Writable(5));
+    EXPECT_TRUE(isToBeRecorded(0) && isToBeRecorded(UINT32_MAX) && !isMp4Writable(5));
 }
 
 TEST_F(FrameFlowTest, Recording_IsToldTimedAndMarkedInItsFrames) {
     openSession();
-    bool writable = false;
     frame(100);
     frame(200);
     forgetLog();
-    recorder().markWritable(100, writable);
+    EXPECT_TRUE(startRecording(100));
     host::advanceWallClock(61999999);
-    recorder().markWritable(101, writable);
-    EXPECT_FALSE(writable);
+    EXPECT_FALSE(startRecording(101));
     recorder().markUnWritable(200);
-    EXPECT_EQ(transcript(""),
-              (std::vector<std::string>{
-                      "I markWritable<LINE>: VDR::markWritable, mFirstVideoFrameNum = 100!",
-                      "I markUnWritable<LINE>: VDR::markUnWritable, mLastVideoFrameNum = 199!"}));
     recorder().VDRDone(100);
     EXPECT_EQ(oldestDone()[kVideoActionAt], 1);
     recorder().VDRReport(0);
@@ -347,11 +269,14 @@ TEST_F(FrameFlowTest, Recording_IsToldTimedAndMarkedInItsFrames) {
     EXPECT_EQ(oldestDone()[kVideoActionAt], 2);
     EXPECT_EQ(videoRecordSeconds(), 61U);
 
-    recorder().markWritable(300, writable);
+    EXPECT_TRUE(startRecording(300));
     host::advanceWallClock(-62000000);  // set back: the seconds wrap, and end one short of the sum
     recorder().markUnWritable(0);
     EXPECT_EQ(videoRecordSeconds(), UINT32_MAX);
-    EXPECT_EQ(countLogged("mLastVideoFrameNum = 4294967295!"), 1U);
+    const std::string started = "I markWritable<LINE>: VDR::markWritable, mFirstVideoFrameNum = ";
+    const std::string ended = "I markUnWritable<LINE>: VDR::markUnWritable, mLastVideoFrameNum = ";
+    EXPECT_EQ(transcript(""),
+              (Lines{started + "100!", ended + "199!", started + "300!", ended + "4294967295!"}));
 }
 
 }  // namespace
