@@ -1,11 +1,10 @@
+#include <algorithm>
 #include <cstdio>
 
-#include "platform/Log.h"
 #include "platform/host/FileControl.h"
 #include "platform/host/MonitoringService.h"
 #include "platform/host/PropertyControl.h"
 #include "platform/host/ThreadPoolControl.h"
-#include "records/FieldTags.h"
 #include "records/VDRData1.h"
 #include "records/VDRData2.h"
 #include "tests/LogTranscript.h"
@@ -14,7 +13,9 @@
 namespace zk::test {
 namespace {
 
-constexpr uint32_t kBlocks = 80;
+using Lines = std::vector<std::string>;
+
+const std::string kInitialize = "I initialize<LINE>: VDR::initialize";
 
 class LifecycleTest : public RecorderTest {
 protected:
@@ -22,21 +23,6 @@ protected:
         bool status = false;
         recorder().getVDRStatus(&status);
         return status;
-    }
-
-    uint32_t doneCount() {
-        uint32_t count = 0;
-        recorder().VDRDoneCount(0, &count);
-        return count;
-    }
-
-    // Every field of the record is written, with ones; lists have one element.
-    void soil(uint32_t number) {
-        const std::vector<uint8_t> ones(kFrameRecordSize, 0xFF);
-        recorder().VDRProcessing(number);
-        for (uint32_t tag = kTagCount; tag-- > 0;) {  // a list before its count, which fills it
-            recorder().writeMaintain(number, tag, ones.data());
-        }
     }
 };
 
@@ -49,57 +35,47 @@ struct Opening {
     const char* refusal = "";
 };
 
-void PrintTo(const Opening& row, std::ostream* out) {
-    *out << row.name;
-}
-
-class OpeningTest : public LifecycleTest, public testing::WithParamInterface<Opening> {};
-
-TEST_P(OpeningTest, SwitchesAndLevel_DecideWhetherTheRecorderOpens) {
-    host::setProperty("ro.logsystem.usertype", GetParam().userType);
-    host::setProperty("vendor.camera.debug.VideoDataRecorderStatus", GetParam().forcedOn);
-    host::setProperty("vendor.camera.debug.VideoDataRecorderLevel", GetParam().level);
-    recorder();
-    forgetLog();
-    recorder().initialize(GetParam().videoDebugSupport, -1);
-
-    const std::string refusal = GetParam().refusal;
-    EXPECT_EQ(isOpen(), refusal.empty());
-    std::vector<std::string> told = transcript("VDR::");
-    if (!refusal.empty()) {
-        EXPECT_EQ(told.back(), "I initialize<LINE>: VDR::initialize" + refusal + ", close VDR!");
-        told.pop_back();
-        // An unknown level is found last: by then the opening has been told.
-        const bool isLevel = refusal.find("level") != std::string::npos;
-        EXPECT_EQ(told.size(), isLevel ? 1U : 0U);
-    }
-    if (!told.empty()) {
-        EXPECT_EQ(told[0], "I initialize<LINE>: VDR::initialize, open VDR(sceneMode:-1)!");
-    }
-}
-
 constexpr char kCommercial[] = ", product is commercial";
 constexpr char kUnsupported[] = " videoDebugSupport=0";
 constexpr char kUnknownLevel[] = " ZkaVideoDataRecoderImpl, VDR level not match any";
 const Opening kOpenings[] = {
-        {"Unset"},
-        {"OtherUserType", "3"},
-        {"Commercial", "6", "", 1, "", kCommercial},
-        {"CommercialInHex", "0x6", "", 1, "", kCommercial},
-        {"CommercialInOctal", "06", "0", 1, "", kCommercial},
-        {"CommercialAndUnsupported", "6", "", 0, "", kCommercial},
-        {"CommercialForced", "6", "1"},
-        {"CommercialForcedByAnyNumber", "6", "-2"},
-        {"Unsupported", "", "", 0, "", kUnsupported},
-        {"UnsupportedThoughForced", "6", "1", 0, "", kUnsupported},
-        {"SupportedByAnyNumber", "", "", 255},
-        {"Level2", "", "", 1, "2"},
-        {"Level3", "", "", 1, "3", kUnknownLevel},
-        {"Level0Forced", "6", "1", 1, "0", kUnknownLevel},
-        {"LevelMinus1", "", "", 1, "-1", kUnknownLevel},
+        {"unset"},
+        {"other user type", "3"},
+        {"commercial", "6", "", 1, "", kCommercial},
+        {"commercial in hex", "0x6", "", 1, "", kCommercial},
+        {"commercial in octal", "06", "0", 1, "", kCommercial},
+        {"commercial and unsupported", "6", "", 0, "", kCommercial},
+        {"commercial, forced by any number", "6", "-2"},
+        {"unsupported", "", "", 0, "", kUnsupported},
+        {"unsupported though forced", "6", "1", 0, "", kUnsupported},
+        {"supported by any number", "", "", 255},
+        {"level 2", "", "", 1, "2"},
+        {"level 3", "", "", 1, "3", kUnknownLevel},
+        {"level 0, forced", "6", "1", 1, "0", kUnknownLevel},
+        {"level -1", "", "", 1, "-1", kUnknownLevel},
 };
-INSTANTIATE_TEST_SUITE_P(Table, OpeningTest, testing::ValuesIn(kOpenings),
-                         [](const auto& row) { return row.param.name; });
+
+TEST_F(LifecycleTest, SwitchesAndLevel_DecideWhetherTheRecorderOpens) {
+    for (const Opening& opening : kOpenings) {
+        SCOPED_TRACE(opening.name);
+        const std::string refusal = opening.refusal;
+        host::setProperty("ro.logsystem.usertype", opening.userType);
+        host::setProperty("vendor.camera.debug.VideoDataRecorderStatus", opening.forcedOn);
+        host::setProperty("vendor.camera.debug.VideoDataRecorderLevel", opening.level);
+        recorder().initialize(1, -1);
+        forgetLog();
+        recorder().initialize(opening.videoDebugSupport, -1);
+        EXPECT_EQ(isOpen(), refusal.empty());
+        // An unknown level is found last: by then the opening has been told.
+        const bool isToldOpen = refusal.empty() || refusal == kUnknownLevel;
+        EXPECT_EQ(countLogged("open VDR(sceneMode:-1)!"), isToldOpen ? 1U : 0U);
+        EXPECT_EQ(transcript("close VDR!"),
+                  refusal.empty() ? Lines{} : Lines{kInitialize + refusal + ", close VDR!"});
+        closeSession();
+        mSleep.wakeSleeper();
+        destroyRecorder();
+    }
+}
 
 class LevelTest : public LifecycleTest, public testing::WithParamInterface<int> {};
 
@@ -120,116 +96,70 @@ TEST_P(LevelTest, SessionFromLoadToUnload_IsToldStepByStep) {
     std::snprintf(address, sizeof(address), "%p",
                   static_cast<const void*>(GetParam() == 1 ? vdr1::VDRData1::getName2FuncMap()
                                                            : vdr2::VDRData2::getName2FuncMap()));
-    const std::string chosen = "I initialize<LINE>: VDR::initialize ZkaVideoDataRecoderImpl, vdr" +
-                               level + "::VDRData" + level + "::getName2FuncMap()=" + address + "!";
-    const std::string bound =
-            "I initialize<LINE>: VDR::initialize ZkaVideoDataRecoderImpl, "
-            "mTag2WriteFunc.size=39!";
-    const std::vector<std::string> expected = {
+    const std::string chosen = kInitialize + " ZkaVideoDataRecoderImpl, vdr" + level + "::VDRData" +
+                               level + "::getName2FuncMap()=" + address + "!";
+    const std::string bound = kInitialize + " ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=39!";
+    const std::string pools = "(), mDataReadyPool.size()=";
+    const std::string full = pools + "80, mDataDonePool.size()=0, mDataProcessingPool.size()=0!";
+    const Lines expected = {
             "I ZkaVideoDataRecoderImpl<LINE>: VDR::construct ZkaVideoDataRecoderImpl, "
             "mPreviewRecordStatus=1, mVDRLevel=" +
                     level + ", mVDRStatus=0, close VDR!",
-            "I initialize<LINE>: VDR::initialize, open VDR(sceneMode:3)!",
+            kInitialize + ", open VDR(sceneMode:3)!",
             chosen,
             bound,
             "D SystemStatusInit<LINE>: VDR::systemStatusInit, start async task, "
             "mSysStatusInited=1, mThreadStatus=0!",
-            "I initialize<LINE>: VDR::initialize(), mDataReadyPool.size()=80, "
-            "mDataDonePool.size()=0, mDataProcessingPool.size()=0!",
-            "I initialize<LINE>: VDR::initialize, open VDR(sceneMode:4)!",
+            kInitialize + full,
+            kInitialize + ", open VDR(sceneMode:4)!",
             chosen,
             bound,
-            "I initialize<LINE>: VDR::initialize(), mDataReadyPool.size()=77, "
-            "mDataDonePool.size()=1, mDataProcessingPool.size()=2!",
+            kInitialize + pools + "77, mDataDonePool.size()=1, mDataProcessingPool.size()=2!",
             "D SystemStatusUnInit<LINE>: VDR::SystemStatusUnInit, prepare to quit thread task, "
             "mSysStatusInited=0!",
-            "I unInitialize<LINE>: VDR::unInitialize(), mDataReadyPool.size()=80, "
-            "mDataDonePool.size()=0, mDataProcessingPool.size()=0!"};
+            "I unInitialize<LINE>: VDR::unInitialize" + full};
     EXPECT_EQ(transcript("VDR::"), expected);
     mSleep.open();
     destroyRecorder();
-    EXPECT_EQ(countLogged("~ZkaVideoDataRecoderImpl<", kLogInfo), 1U);
-    EXPECT_EQ(countLogged(": VDR::deconstruct ZkaVideoDataRecoderImpl!"), 1U);
+    EXPECT_EQ(transcript("VDR::deconstruct"),
+              Lines{"I ~ZkaVideoDataRecoderImpl<LINE>: VDR::deconstruct ZkaVideoDataRecoderImpl!"});
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, LevelTest, testing::Values(1, 2));
 
 TEST_F(LifecycleTest, Close_WritesRecordsThenLossThenEndsThePreviewThenTheSampler) {
     switchRecordingOn();
-    openSession(0);
-    completeFrames(11, 13);
-    announceLoss(12);
+    play("open 11-13 !12");
     host::runTasksInline(true);
     host::failEveryOpen(true);
     host::MonitoringService::instance().setSendResult(-1);
     forgetLog();
     closeSession();
 
-    const std::vector<std::string> told = transcript("");
-    size_t at = 0;
+    const Lines told = transcript("");
+    auto at = told.begin();
     for (const char* part : {"saveDataToBinFile, ", "flush now, still write", "trigger promise",
                              "unInitialize send event failed", "SystemStatusUnInit, prepare",
                              "VDR::unInitialize(), mDataReadyPool"}) {
-        while (at < told.size() && told[at].find(part) == std::string::npos) {
-            ++at;
-        }
-        ASSERT_LT(at, told.size()) << part;
+        at = std::find_if(at, told.end(), [part](const std::string& line) {
+            return line.find(part) != std::string::npos;
+        });
+        ASSERT_NE(at, told.end()) << part;
     }
 }
 
-TEST_F(LifecycleTest, OnlyARefusedInitialize_ClosesTheRecorder) {
-    openSession();
-    closeSession();
+TEST_F(LifecycleTest, LevelAndRecordingSwitch_AreReadAtLoad_AndOnlyARefusalCloses) {
+    recorder();
+    useLevel(2);
+    switchRecordingOn();
+    play("open 1-2 stop");
+    EXPECT_EQ(countLogged("vdr1::VDRData1::getName2FuncMap()"), 1U);
+    EXPECT_TRUE(binFiles().empty());
     EXPECT_TRUE(isOpen());
     frame(5).done();  // its fields stay writable too
     EXPECT_EQ(frameNumberOf(oldestDone().data()), 5U);
     recorder().initialize(0, 0);
     EXPECT_FALSE(isOpen());
-}
-
-TEST_F(LifecycleTest, LevelAndRecordingSwitch_AreReadOnceAtLoad) {
-    recorder();
-    useLevel(2);
-    switchRecordingOn();
-    openSession();
-    EXPECT_EQ(countLogged("vdr1::VDRData1::getName2FuncMap()"), 1U);
-    completeFrames(1, 2);
-    closeSession();
-    EXPECT_TRUE(binFiles().empty());
-}
-
-TEST_F(LifecycleTest, Close_TakesEveryBlockBackAndClearsIt) {
-    openSession();
-    for (uint32_t number = 1; number <= kBlocks; ++number) {
-        soil(number);
-    }
-    for (uint32_t number = 1; number <= 50; ++number) {
-        recorder().VDRDone(number);
-    }
-    for (int i = 0; i < 20; ++i) {
-        recorder().VDRReport(0);
-    }
-    closeSession();
-    recorder().VDRDone(60);  // was being filled, and is forgotten
-    EXPECT_EQ(doneCount(), 0U);
-
-    for (uint32_t number = 1; number <= kBlocks + 1; ++number) {
-        recorder().VDRProcessing(number);
-        recorder().VDRDone(number);
-    }
-    EXPECT_EQ(doneCount(), kBlocks);
-    const std::vector<uint8_t> empty(kFrameRecordSize, 0);
-    for (uint32_t i = 0; i < kBlocks; ++i, recorder().VDRReport(0)) {
-        ASSERT_EQ(oldestDone(), empty) << "block " << i;
-    }
-}
-
-TEST_F(LifecycleTest, FirstUseOfABlock_FindsItClear) {
-    for (uint32_t number = 1; number <= kBlocks; ++number, recorder().VDRReport(0)) {
-        recorder().VDRProcessing(number);
-        recorder().VDRDone(number);
-        ASSERT_EQ(oldestDone(), std::vector<uint8_t>(kFrameRecordSize, 0));
-    }
 }
 
 }  // namespace
