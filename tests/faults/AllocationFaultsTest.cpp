@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 #include <climits>
 #include <cstdlib>
@@ -63,15 +64,15 @@ protected:
         for (uint32_t number = 1; number <= 2 * kBlocks; ++number) {
             frame(number).done();
         }
-        uint32_t count = 0;
-        recorder().VDRDoneCount(0, &count);
-        return count;
+        return doneCount();
     }
 
     Outcome mWhole;
 };
 
 TEST_F(AllocationFaultsTest, BlockThatCannotBeMade_IsMissingAndNothingElse) {
+    Outcome withError = mWhole;
+    withError["errors"] = "VDR::failed to alloc VDR data buffer for write!\n";
     refuseAllocations(0, 0, kFrameRecordSize);
     recorder();
     ASSERT_EQ(counted, 1 + kBlocks);
@@ -79,44 +80,35 @@ TEST_F(AllocationFaultsTest, BlockThatCannotBeMade_IsMissingAndNothingElse) {
         SCOPED_TRACE(nth);
         freshDevice();
         refuseAllocations(nth, nth, kFrameRecordSize);
-        Outcome outcome = playSession();
-        ASSERT_EQ(outcome.errors.size(), 1U);
-        EXPECT_NE(outcome.errors[0].find("VDR::failed to alloc VDR data buffer for write!"),
-                  std::string::npos);
-        outcome.errors.clear();
-        expectSame(outcome, mWhole);
+        expectSame(playSession(), withError);
         EXPECT_EQ(room(), kBlocks - 1U);
         closeSession();
-        EXPECT_EQ(countLogged("mDataReadyPool.size()=79, mDataDonePool.size()=0, "
-                              "mDataProcessingPool.size()=0!"),
-                  1U);
+        EXPECT_EQ(countLogged("unInitialize(), mDataReadyPool.size()=79, "), 1U);
     }
 }
 
 TEST_F(AllocationFaultsTest, StagingBufferThatCannotBeMade_CostsTheRecordsOfTheDumpFile) {
     refuseAllocations(1, 1, kFrameRecordSize);
-    Outcome outcome = playSession();
-    ASSERT_EQ(outcome.errors.size(), 1U + kFrames);
-    EXPECT_NE(outcome.errors[0].find("VDR::failed to alloc VDR bin file buffer!"),
-              std::string::npos);
-    EXPECT_NE(outcome.errors[kFrames].find("VDR::dumpDataToBinFile, memcpy_s fail!"),
-              std::string::npos);
-    outcome.errors.clear();
     Outcome emptyDump = mWhole;
-    emptyDump.bin.clear();
-    expectSame(outcome, emptyDump);
+    emptyDump["bin"].clear();
+    emptyDump["errors"] = "VDR::failed to alloc VDR bin file buffer!\n";
+    for (uint32_t i = 0; i < kFrames; ++i) {
+        emptyDump["errors"] += "VDR::dumpDataToBinFile, memcpy_s fail!\n";
+    }
+    expectSame(playSession(), emptyDump);
 }
 
 TEST_F(AllocationFaultsTest, NoMemoryAtAll_RecordsNothing) {
     refuseAllocations(1, INT_MAX, 0);
-    const Outcome outcome = playSession();
-    EXPECT_EQ(outcome.errors.size(), 1U + kBlocks);
-    EXPECT_EQ(outcome.bin + outcome.text, "");
-    EXPECT_EQ(outcome.files, 2U);
+    Outcome outcome = playSession();
+    const std::string& errors = outcome["errors"];
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1 + kBlocks);
+    EXPECT_EQ(outcome["bin"] + outcome["text"], "");
+    EXPECT_EQ(outcome["files"], "2");
     // The loss's only file is the uncounted one of the stop, which may be done before the account
     // is looked at: whether the promise is settled depends on who is first.
-    EXPECT_NE(outcome.settlement, "limited");
-    EXPECT_EQ(outcome.registries, mWhole.registries);
+    EXPECT_NE(outcome["settlement"], "limited");
+    EXPECT_EQ(outcome["registries"], mWhole["registries"]);
     EXPECT_EQ(room(), 0U);
 }
 
@@ -128,14 +120,13 @@ TEST_F(AllocationFaultsTest, AllocationDuringASession_CostsThatSessionOnly) {
         freshDevice();
         recorder();
         refuseAllocations(nth, nth, 0);
-        const Outcome outcome = playSession();
+        Outcome outcome = playSession();
         isOver = counted < nth;
         refuseAllocations(0, 0, 0);
-        EXPECT_TRUE(outcome.bin == mWhole.bin);
-        EXPECT_EQ(outcome.registries, mWhole.registries);
-        EXPECT_EQ(outcome.settlement, mWhole.settlement);
-        EXPECT_EQ(outcome.files, mWhole.files);
-        EXPECT_EQ(outcome.openFiles, mWhole.openFiles);
+        for (const char* hurt : {"errors", "text", "livePhoto"}) {
+            outcome[hurt] = mWhole[hurt];
+        }
+        expectSame(outcome, mWhole);
         expectSame(playSession(), mWhole);
         ASSERT_FALSE(HasFailure());
     }

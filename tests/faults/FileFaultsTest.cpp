@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <filesystem>
-
 #include "platform/host/FileControl.h"
 #include "tests/faults/WholeSessionTest.h"
 
@@ -20,27 +17,27 @@ protected:
 
     FileFaultsTest() {
         freshDevice();
+        mBinError = "VDR::saveDataToBinFile, " + binFile();
+        mTextError = "VDR::writeTxtForPreviewFrameLost, " + textFile();
         mWhole = playSession();
-        for (size_t at = 0; at < mWhole.text.size(); at = mLineEnds.back()) {
-            mLineEnds.push_back(mWhole.text.find('\n', at) + 1);
-        }
     }
 
-    // The nth call fails in the first session of a new recorder.
-    void expectAfterFault(FileCall call, size_t nth, const Outcome& expected,
-                          const std::string& error) {
+    // The nth call, by turns, fails in the first session of a new recorder.
+    void expectAfterFault(FileCall call, size_t nth, Outcome expected, const std::string& error) {
         SCOPED_TRACE("call " + std::to_string(nth));
+        expected["errors"] = error.empty() ? "" : error + '\n';
         freshDevice();
         host::failFileCall(call, static_cast<int>(nth));
-        Outcome actual = playSession();
+        expectSame(playSession(), expected);
         host::failFileCall(call, 0);
-        if (!error.empty()) {
-            EXPECT_EQ(actual.errors.size(), 1U);
-            EXPECT_NE(actual.errors.front().find(error), std::string::npos);
-            actual.errors.clear();
-        }
-        expectSame(actual, expected);
         expectSame(playSession(), mWhole);
+    }
+
+    // The whole session but for `size` bytes of a file.
+    Outcome without(const char* file, size_t begin, size_t size) const {
+        Outcome outcome = mWhole;
+        outcome[file].erase(begin, size);
+        return outcome;
     }
 
     // Where the nth append of the dump file begins, and how long it is.
@@ -48,17 +45,17 @@ protected:
     static size_t sizeOfAppend(size_t nth) { return nth < kAppends ? kPair : kFrameRecordSize; }
 
     Outcome mWhole;
-    std::vector<size_t> mLineEnds;  // of the text file
+    std::string mBinError;  // how the messages about the files begin
+    std::string mTextError;
 };
 
 TEST_F(FileFaultsTest, NothingFails_EverythingIsThere) {
-    EXPECT_EQ(mWhole.bin.size(), kFrames * kFrameRecordSize);
-    EXPECT_EQ(mLineEnds.size(), kLostFrame);
-    EXPECT_EQ(mWhole.files, 2U);
-    EXPECT_EQ(mWhole.settlement, "done");
-    EXPECT_NE(mWhole.livePhoto.find("\"state\" : 1"), std::string::npos);
-    EXPECT_EQ(mWhole.registries, "3 7 4 buffer");
-    EXPECT_EQ(mWhole.errors, std::vector<std::string>());
+    const std::string& text = mWhole["text"];
+    EXPECT_EQ(mWhole["bin"].size(), kFrames * kFrameRecordSize);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), long{kLostFrame});
+    EXPECT_EQ(mWhole["files"] + mWhole["settlement"] + mWhole["errors"], "2done");
+    EXPECT_NE(mWhole["livePhoto"].find("\"state\" : 1"), std::string::npos);
+    EXPECT_EQ(mWhole["registries"], "3 7 4 buffer");
 }
 
 TEST_F(FileFaultsTest, OpenThatFails_CostsWhatWasToBeWritten) {
@@ -68,37 +65,35 @@ TEST_F(FileFaultsTest, OpenThatFails_CostsWhatWasToBeWritten) {
     }
     for (size_t append = 1; append <= kAppends; ++append, ++nth) {
         if (append == kAppendsBeforeText + 1) {
-            Outcome withoutText = mWhole;
-            withoutText.text.clear();
-            withoutText.files = 1;
-            withoutText.settlement = "pending";
-            expectAfterFault(FileCall::kOpen, nth++, withoutText, "00000015.txt open fail!");
+            Outcome withoutText = without("text", 0, std::string::npos);
+            withoutText["files"] = "1";
+            withoutText["settlement"] = "pending";
+            expectAfterFault(FileCall::kOpen, nth++, withoutText, mTextError + " open fail!");
         }
-        Outcome withHole = mWhole;
-        withHole.bin.erase(beginOfAppend(append), sizeOfAppend(append));
-        expectAfterFault(FileCall::kOpen, nth, withHole, ".bin open fail!");
+        expectAfterFault(FileCall::kOpen, nth,
+                         without("bin", beginOfAppend(append), sizeOfAppend(append)),
+                         mBinError + " open fail!");
     }
     expectAfterFault(FileCall::kOpen, nth, mWhole, "");
 }
 
 TEST_F(FileFaultsTest, WriteThatFails_LeavesHalfOfItAndGoesOn) {
+    const std::string failed = " write fail, ret=";
     size_t nth = 1;
     for (size_t append = 1; append <= kAppends; ++append, ++nth) {
         if (append == kAppendsBeforeText + 1) {
-            size_t begin = 0;
-            for (const size_t end : mLineEnds) {
-                Outcome halfALine = mWhole;
+            const std::string text = mWhole["text"];
+            for (size_t begin = 0, end = 0; begin < text.size(); begin = end) {
+                end = text.find('\n', begin) + 1;
                 const size_t half = (end - begin) / 2;
-                halfALine.text.erase(begin + half, end - begin - half);
-                expectAfterFault(FileCall::kWrite, nth++, halfALine, ".txt write fail, ret=");
-                begin = end;
+                expectAfterFault(FileCall::kWrite, nth++,
+                                 without("text", begin + half, end - begin - half),
+                                 mTextError + failed + std::to_string(half) + '!');
             }
         }
-        Outcome withHole = mWhole;
         const size_t half = sizeOfAppend(append) / 2;
-        withHole.bin.erase(beginOfAppend(append) + half, half);
-        expectAfterFault(FileCall::kWrite, nth, withHole,
-                         ".bin write fail, ret=" + std::to_string(half));
+        expectAfterFault(FileCall::kWrite, nth, without("bin", beginOfAppend(append) + half, half),
+                         mBinError + failed + std::to_string(half) + '!');
     }
     expectAfterFault(FileCall::kWrite, nth, mWhole, "");
 }
@@ -107,25 +102,29 @@ TEST_F(FileFaultsTest, CloseOrModeThatFails_CostsNothing) {
     for (size_t nth = 1; nth <= kAppends + 1; ++nth) {
         expectAfterFault(FileCall::kClose, nth, mWhole, "");
     }
-    expectAfterFault(FileCall::kChangeMode, 1, mWhole, "chmod fail!");
+    expectAfterFault(FileCall::kChangeMode, 1, mWhole,
+                     "VDR::writeTxtForPreviewFrameLost, chmod fail!");
 }
 
 TEST_F(FileFaultsTest, FullDisk_CostsTheContentsAndIsTold) {
     freshDevice();
-    std::filesystem::create_symlink("/dev/full", binFile());
-    std::filesystem::create_symlink("/dev/full", textFile());
+    std::filesystem::create_symlink("/dev/full", onHost(binFile()));
+    std::filesystem::create_symlink("/dev/full", onHost(textFile()));
     host::failFileCall(FileCall::kChangeMode, 1);  // the device keeps its mode
-    const Outcome onFullDisk = playSession();
-    const auto told = [&onFullDisk](const char* text) {
-        return std::count_if(
-                onFullDisk.errors.begin(), onFullDisk.errors.end(),
-                [text](const std::string& error) { return error.find(text) != std::string::npos; });
+    Outcome onFullDisk = playSession();
+    const auto told = [errors = onFullDisk["errors"]](const std::string& error) {
+        size_t count = 0;
+        for (size_t at = 0; (at = errors.find(error, at)) != std::string::npos; ++at) {
+            ++count;
+        }
+        return count;
     };
-    EXPECT_EQ(told(".bin write fail"), static_cast<long>(kAppends));
-    EXPECT_GT(told(".txt write fail"), 0);
-    EXPECT_EQ(onFullDisk.settlement, "done");
-    EXPECT_TRUE(onFullDisk.livePhoto == mWhole.livePhoto);
-    EXPECT_EQ(onFullDisk.openFiles, mWhole.openFiles);
+    EXPECT_EQ(told(mBinError + " write fail"), kAppends);
+    EXPECT_GT(told(mTextError + " write fail"), 0U);
+    for (const char* hurt : {"errors", "bin", "text"}) {
+        onFullDisk[hurt] = mWhole[hurt];
+    }
+    expectSame(onFullDisk, mWhole);
     expectSame(playSession(), mWhole);
 }
 
