@@ -69,7 +69,7 @@ TEST_F(BinDumpFileTest, Records_AreAppendedTwoAtATimeToTheFileOfTheSession) {
         host::setProperty("vendor.camera.debug.VideoDataRecorderPreviewStatus",
                           sessions.recordingSwitch);
         play(sessions.script);
-        EXPECT_EQ(binDumps(), sessions.dumped);
+        EXPECT_EQ(dumps(kBinFolder), sessions.dumped);
         closeSession();
         mSleep.wakeSleeper();
         destroyRecorder();
@@ -91,7 +91,7 @@ TEST_F(BinDumpFileTest, Name_IsTheLocalTime_AndTheLastOneWhereTheClockFails) {
     host::failClock(true);
     play("open 3-4");
     EXPECT_EQ(binFiles(), Names{"VIDEO_DEBUG_20240101_005005.bin"});
-    EXPECT_EQ(binDumps(), "5005: 3-4");
+    EXPECT_EQ(dumps(kBinFolder), "5005: 3-4");
 }
 
 TEST_F(BinDumpFileTest, SameWritesAtBothLevels_LeaveTheSameBytes) {

@@ -19,22 +19,6 @@ namespace {
 
 constexpr uint32_t kBlocks = 80;
 
-// Lets threads go on together, again and again; short of a kernel object, so that they really do.
-class StartingLine {
-public:
-    explicit StartingLine(int runners) : mRunners(runners) {}
-    void wait() {
-        const int everybody = (mArrivals++ / mRunners + 1) * mRunners;
-        while (mArrivals < everybody) {
-            std::this_thread::yield();
-        }
-    }
-
-private:
-    const int mRunners;
-    std::atomic<int> mArrivals{0};
-};
-
 void runTogether(uint32_t threads, const std::function<void(uint32_t)>& body) {
     std::vector<std::thread> running;
     for (uint32_t i = 0; i < threads; ++i) {
@@ -74,10 +58,13 @@ protected:
         recorder().VDRReport(number);
     }
 
-    void askEverything(uint32_t number) {
+    void callTheRest(uint32_t number) {
         void* record = nullptr;
         bool answer = false;
         SysStatusCollection status{};
+        MemoryAllocTimeoutInfo slow{};
+        unsigned long chiFrame = number;
+        uint8_t tag = 0;
         doneCount();
         recorder().getVDRInfo(number, &record);
         recorder().getMP4Writable(&answer);
@@ -85,35 +72,12 @@ protected:
         recorder().checkPreviewAndVideoStatus(number, &answer);
         recorder().GetSystemStatus(status);
         recorder().SnapshotCountAddOne();
-    }
-
-    void useRegistries(uint32_t number) {
-        unsigned long chiFrame = 0;
-        uint8_t tag = 0;
-        MemoryAllocTimeoutInfo slow{};
-        recorder().SetChiFenceMap(&mWriting, number, 1);
-        recorder().GetChiFenceMap(&mWriting, chiFrame, tag);
+        recorder().SetChiFenceMap(this, chiFrame, tag);
+        recorder().GetChiFenceMap(this, chiFrame, tag);
         recorder().SetChiFrameMap(number, number);
         recorder().GetChiFrameMap(number, number);
         recorder().SetMemAllocTimeOutInfo({"buffer", 6000, 1, 4096});
         recorder().GetMemAllocTimeOutInfo(slow);
-    }
-
-    void takeLivePhotos(int fd) {
-        recorder().RegisterCamDataCb([](uint32_t, const std::string&) {});
-        recorder().PostDataForLivePhoto(
-                fd, R"({"id":"1","startFrame":0,"endFrame":4000000000,"bufferSize":737280})");
-    }
-
-    void checkDumps() {
-        std::set<uint32_t> frames;
-        for (const std::string& name : binFiles()) {
-            const std::string content = readBinFile(name);
-            for (size_t at = 0; at < content.size(); at += kFrameRecordSize) {
-                EXPECT_TRUE(frames.insert(checkStamps(&content.at(at))).second) << "only once";
-            }
-        }
-        EXPECT_FALSE(frames.empty());
     }
 };
 
@@ -128,8 +92,7 @@ TEST_F(ConcurrentUseTest, AllOperationsAtOnce_LeaveEveryRecordWholeAndLoseNoBloc
         if (thread < kPipelines) {
             for (uint32_t number = 1; number <= 300; ++number) {
                 pushFrame(thread * 1000 + number);
-                askEverything(number);
-                useRegistries(number);
+                callTheRest(number);
             }
             --pipelinesLeft;
         } else if (thread == kPipelines) {
@@ -147,13 +110,21 @@ TEST_F(ConcurrentUseTest, AllOperationsAtOnce_LeaveEveryRecordWholeAndLoseNoBloc
             do {
                 announceLoss(loss, kNow + loss);
                 ++loss;
-                takeLivePhotos(fd);
+                recorder().RegisterCamDataCb([](uint32_t, const std::string&) {});
+                recorder().PostDataForLivePhoto(fd, R"({"endFrame":9999,"bufferSize":737280})");
             } while (pipelinesLeft > 0);
         }
     });
     close(fd);
     closeSession();
-    checkDumps();
+    std::set<uint32_t> frames;
+    for (const std::string& name : binFiles()) {
+        const std::string content = readBinFile(name);
+        for (size_t at = 0; at < content.size(); at += kFrameRecordSize) {
+            EXPECT_TRUE(frames.insert(checkStamps(&content.at(at))).second) << "only once";
+        }
+    }
+    EXPECT_FALSE(frames.empty());
     for (uint32_t number = 1; number <= kBlocks + 1; ++number) {
         frame(number).done();
     }
@@ -161,18 +132,18 @@ TEST_F(ConcurrentUseTest, AllOperationsAtOnce_LeaveEveryRecordWholeAndLoseNoBloc
 }
 
 TEST_F(ConcurrentUseTest, RecordingStartedAndEndedByAllThreadsAtOnce_StartsAndEndsOnce) {
-    constexpr int kThreads = 4;
-    constexpr int kRounds = 1000;
+    constexpr uint32_t kThreads = 4;
+    constexpr int kRounds = 500;
     recorder();
-    StartingLine line(kThreads);
     std::atomic<int> starts{0};
+    std::atomic<uint32_t> arrivals{0};
     runTogether(kThreads, [&](uint32_t thread) {
         for (int round = 0; round < kRounds; ++round) {
             bool isMine = false;
-            line.wait();
+            meet(arrivals, kThreads);
             recorder().markWritable(thread, isMine);
             starts += isMine ? 1 : 0;
-            line.wait();
+            meet(arrivals, kThreads);
             recorder().markUnWritable(100);
         }
     });
@@ -203,7 +174,7 @@ TEST_F(ConcurrentUseTest, ReportsThatRunIntoTheClose_LoseAndRepeatNoRecord) {
         closeSession();  // appends what a late report has staged
         const size_t records = readBinFile(binFiles().at(0)).size() / kFrameRecordSize;
         EXPECT_GE(records, 2 * round);  // what the close found unreported is gone
-        EXPECT_EQ(binDumps(), "221320: 1-" + std::to_string(records));
+        EXPECT_EQ(dumps(kBinFolder), "221320: 1-" + std::to_string(records));
         removeDumps();
     }
 }

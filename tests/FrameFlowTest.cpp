@@ -127,13 +127,14 @@ TEST_F(FrameFlowTest, CallsInAnyOrder_KeepEveryBlockInOnePool) {
     EXPECT_EQ(countLogged("", kLogError), countLogged("currentDoneFrame is 0!"));
 }
 
-// Frame 7 is being filled, frame 8 is not.
+// Frames 7 and 9 are being filled, frame 8 is not.
 TEST_F(FrameFlowTest, BadCalls_AreToldInOneLineOrNotAtAllAndWriteNothing) {
     constexpr uint32_t kValue = 0x01010101;
     constexpr uint32_t kTags[] = {0, 5};
     const void* const kDatas[] = {&kValue, &kValue};
     IVideoDataRecoder& r = recorder();
     r.VDRProcessing(7);
+    r.VDRProcessing(9);
     forgetLog();
     r.writeMaintain(7, 38, &kValue);  // no field has a writer before the first session
     r.writeMaintain(8, 5, &kValue);
@@ -172,34 +173,29 @@ TEST_F(FrameFlowTest, BadCalls_AreToldInOneLineOrNotAtAllAndWriteNothing) {
                      "E getMP4Writable<LINE>: VDR::writable is nullptr!",
                      "E getVDRStatus<LINE>: VDR::getVDRStatus is nullptr!",
                      "E checkPreviewAndVideoStatus<LINE>: VDR::isPreviewOpen is nullptr!"}));
+    forgetLog();
+    const uint32_t tags[] = {0, 40, 5, 38, 39, 19};
+    const uint64_t stamp = 0x1122334455667788;
+    const void* const datas[] = {&kValue, &kValue, &kValue, nullptr, &kValue, &stamp};
+    r.writeMaintains(9, tags, datas, 6);
+    const std::string wrong = several + "tagId is wrong, ";
+    EXPECT_EQ(transcript(""), (Lines{wrong + "tagId=40, frameNumber=9!",
+                                     "E () write_memoryAllocTimeoutInfo<LINE>: VDR::maintainData "
+                                     "== nullptr || data == nullptr!",
+                                     wrong + "tagId=39, frameNumber=9!"}));
     r.VDRDone(7);
+    r.VDRDone(9);
     EXPECT_EQ(oldestDone(), plainRecord(0, 0));
     r.VDRReport(7);
+    std::vector<uint8_t> expected = plainRecord(kValue, stamp);
+    std::memcpy(expected.data() + kZoomRatioAt, &kValue, sizeof(kValue));
+    EXPECT_EQ(oldestDone(), expected);
+    r.VDRReport(9);
     void* record = this;
     bool writable = true;
     r.getVDRInfo(7, &record);
     r.getMP4Writable(&writable);
     EXPECT_TRUE(record == nullptr && !writable) << "no frame is done";
-}
-
-TEST_F(FrameFlowTest, BadPairs_AreToldAndTheOthersWritten) {
-    openSession();
-    constexpr uint32_t kValue = 0x01010101;
-    const uint64_t stamp = 0x1122334455667788;
-    const uint32_t tags[] = {0, 40, 5, 38, 39, 19};
-    const void* const datas[] = {&kValue, &kValue, &kValue, nullptr, &kValue, &stamp};
-    recorder().VDRProcessing(7);
-    forgetLog();
-    recorder().writeMaintains(7, tags, datas, 6);
-    recorder().VDRDone(7);
-    const std::string wrong = "E writeMaintains<LINE>: VDR::writeMaintains, tagId is wrong, ";
-    EXPECT_EQ(transcript(""), (Lines{wrong + "tagId=40, frameNumber=7!",
-                                     "E () write_memoryAllocTimeoutInfo<LINE>: VDR::maintainData "
-                                     "== nullptr || data == nullptr!",
-                                     wrong + "tagId=39, frameNumber=7!"}));
-    std::vector<uint8_t> expected = plainRecord(kValue, stamp);
-    std::memcpy(expected.data() + kZoomRatioAt, &kValue, sizeof(kValue));
-    EXPECT_EQ(oldestDone(), expected);
 }
 
 struct Window {

@@ -48,7 +48,7 @@ TEST_F(FrameLostTxtFileTest, File_HoldsTheRenderedRecordsAndIsEverybodys) {
     layFile(kPath, "what an earlier process left");
     const mode_t mask = umask(077);
     play("!41 42-71");
-    EXPECT_EQ(lossDumps(), "41: 11-40");
+    EXPECT_EQ(dumps(kLossFolder), "41: 11-40");
     umask(mask);
     EXPECT_EQ(readFile(onHost(kPath)), expected);
     EXPECT_EQ(std::filesystem::status(onHost(kPath)).permissions(), std::filesystem::perms::all);
@@ -107,7 +107,7 @@ TEST_F(FrameLostTxtFileTest, LatestLoss_IsCreditedWithEveryFileAndAloneSettledAt
     play("11-40 !41 !100 42-99 101-130 stop stop");
     EXPECT_EQ(told(), (Lines{kRequest + "count:1!", kRequest + "count:2!", kPromiseLeft}));
     host::restartThreadPool();
-    EXPECT_EQ(lossDumps(), "41: 11-40; 100: 70-99");
+    EXPECT_EQ(dumps(kLossFolder), "41: 11-40; 100: 70-99");
     EXPECT_EQ(countLogged("FrameLost, count=1!") + countLogged("FrameLost, count=0!"), 2U);
     EXPECT_EQ(settlement(kNow + 1) + settlement(kNow), "donepending");
 }
@@ -116,7 +116,7 @@ TEST_F(FrameLostTxtFileTest, SeveralWritersAtOnce_WriteEachItsOwn) {
     host::stopThreadPool();
     play("170-199 !200 201-230 270-299 !300 301-330 370-399 !400 401-430 470-499 !500 501-530");
     host::restartThreadPool();
-    EXPECT_EQ(lossDumps(), "200: 170-199; 300: 270-299; 400: 370-399; 500: 470-499");
+    EXPECT_EQ(dumps(kLossFolder), "200: 170-199; 300: 270-299; 400: 370-399; 500: 470-499");
     EXPECT_EQ(countLogged("FrameLost, count=0!"), 4U);
 }
 

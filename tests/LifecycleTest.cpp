@@ -40,7 +40,6 @@ constexpr char kUnsupported[] = " videoDebugSupport=0";
 constexpr char kUnknownLevel[] = " ZkaVideoDataRecoderImpl, VDR level not match any";
 const Opening kOpenings[] = {
         {"unset"},
-        {"other user type", "3"},
         {"commercial", "6", "", 1, "", kCommercial},
         {"commercial in hex", "0x6", "", 1, "", kCommercial},
         {"commercial in octal", "06", "0", 1, "", kCommercial},
@@ -48,8 +47,6 @@ const Opening kOpenings[] = {
         {"commercial, forced by any number", "6", "-2"},
         {"unsupported", "", "", 0, "", kUnsupported},
         {"unsupported though forced", "6", "1", 0, "", kUnsupported},
-        {"supported by any number", "", "", 255},
-        {"level 2", "", "", 1, "2"},
         {"level 3", "", "", 1, "3", kUnknownLevel},
         {"level 0, forced", "6", "1", 1, "0", kUnknownLevel},
         {"level -1", "", "", 1, "-1", kUnknownLevel},

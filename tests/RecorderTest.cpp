@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include "platform/SyncManager.h"
 #include "platform/host/ClockControl.h"
@@ -27,11 +28,6 @@ constexpr size_t kFirstStampAt = 3534;
 
 uint64_t stampOf(uint32_t frameNumber, uint64_t index) {
     return (frameNumber + index * 1000003) * UINT64_C(0x9E3779B97F4A7C15);
-}
-
-// That ends a file's name.
-std::string numberIn(const std::string& name) {
-    return std::to_string(std::atoi(&name[name.rfind('_') + 1]));
 }
 
 // " 11-40 42-50"
@@ -72,10 +68,6 @@ RecorderTest::~RecorderTest() {
     host::forgetPromises();
     host::failClock(false);
     host::failEveryOpen(false);
-    for (const auto call : {host::FileCall::kOpen, host::FileCall::kWrite, host::FileCall::kClose,
-                            host::FileCall::kChangeMode}) {
-        host::failFileCall(call, 0);
-    }
     host::withholdThermalObserver(false);
     host::setThermalStateWord(0);
     host::setCaptureMemory(0);
@@ -147,6 +139,13 @@ uint32_t RecorderTest::doneCount() {
     return count;
 }
 
+void RecorderTest::meet(std::atomic<uint32_t>& arrivals, uint32_t threads) {
+    const uint32_t all = (arrivals++ / threads + 1) * threads;
+    while (arrivals < all) {
+        std::this_thread::yield();
+    }
+}
+
 void RecorderTest::announceLoss(uint64_t frameNumber, uint64_t timeStamp) {
     recorder();
     host::MonitoringService::instance().announceFrameDrop(timeStamp, frameNumber);
@@ -211,30 +210,23 @@ std::vector<std::string> RecorderTest::lossFiles() const {
     return filesIn(kLossFolder);
 }
 
-std::string RecorderTest::lossDumps() const {
+std::string RecorderTest::dumps(const char* deviceFolder) const {
+    host::waitForThreadPool();
     std::string text;
-    for (const std::string& name : lossFiles()) {
-        const std::string content = readFile(onHost(kLossFolder) / name);
+    for (const std::string& name : filesIn(deviceFolder)) {
+        const std::string content = readFile(onHost(deviceFolder) / name);
+        const bool isBin = name.back() == 'n';
+        EXPECT_TRUE(!isBin || content.size() % kFrameRecordSize == 0) << name;
         std::vector<uint32_t> frames;
-        for (size_t at = 0; at < content.size();
-             at = std::min(content.find('\n', at), content.size() - 1) + 1) {
-            frames.push_back(static_cast<uint32_t>(std::atoll(&content[at])));
+        for (size_t at = 0; at < content.size();) {
+            const char* record = &content[at];
+            frames.push_back(isBin ? frameNumberOf(record)
+                                   : static_cast<uint32_t>(std::atoll(record)));
+            at = isBin ? at + kFrameRecordSize
+                       : std::min(content.find('\n', at), content.size()) + 1;
         }
-        text += (text.empty() ? "" : "; ") + numberIn(name) + ":" + ranges(frames);
-    }
-    return text;
-}
-
-std::string RecorderTest::binDumps() const {
-    std::string text;
-    for (const std::string& name : binFiles()) {
-        const std::string content = readBinFile(name);
-        EXPECT_EQ(content.size() % kFrameRecordSize, 0U) << name;
-        std::vector<uint32_t> frames;
-        for (size_t at = 0; at < content.size(); at += kFrameRecordSize) {
-            frames.push_back(frameNumberOf(&content[at]));
-        }
-        text += (text.empty() ? "" : "; ") + numberIn(name) + ":" + ranges(frames);
+        text += text.empty() ? "" : "; ";
+        text += std::to_string(std::atoi(&name[name.rfind('_') + 1])) + ":" + ranges(frames);
     }
     return text;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -64,6 +65,10 @@ protected:
     // The frame number of a record; fails where another frame's stamp is in it.
     static uint32_t checkStamps(const void* record);
 
+    // Waits until all of so many threads have come here with `arrivals`, which starts at zero,
+    // again and again; short of a kernel object, so that they really go on together.
+    static void meet(std::atomic<uint32_t>& arrivals, uint32_t threads);
+
     // Announces a dropped frame and waits until the recorder has taken it in.
     void announceLoss(uint64_t frameNumber, uint64_t timeStamp = kNow);
     // "pending", "limited" or "done".
@@ -85,8 +90,7 @@ protected:
     std::string readBinFile(const std::string& name) const;
     // What the files of one kind hold, by the number that ends their names:
     // "41: 11-40 42-50; 100: 70-99".
-    std::string lossDumps() const;
-    std::string binDumps() const;
+    std::string dumps(const char* deviceFolder) const;
     // Empties both folders.
     void removeDumps() const;
 

@@ -51,7 +51,7 @@ TEST_F(ThreadFaultTest, SamplerThatCannotBeStarted_EscapesToTheCallerAndIsStarte
     EXPECT_TRUE(isOpen);
     removeDumps();
     forgetLog();
-    // Waits for the sampler's first cycle, and uses everything that has a lock.
+    // Waits for the sampler's first cycle.
     expectSame(playSession(), whole);
 }
 
