@@ -25,28 +25,28 @@ namespace {
 
 using std::to_string;
 
+// A number's place in the snapshot; of shorter ones the low bytes are kept.
 struct IntegerFile {
     const char* path;
-    int64_t (*read)(const SysStatusCollection&);
+    size_t offset;
+    size_t size;
 };
 
-#define VDR_READS(field) \
-    [](const SysStatusCollection& s) -> int64_t { return static_cast<int64_t>(s.field); }
 constexpr std::array<IntegerFile, 12> kIntegerFiles = {{
-        {"/sys/devices/system/cpu/cpu0/cpufreq/scaling_cur_freq", VDR_READS(cpu0Freq)},
-        {"/sys/devices/system/cpu/cpu4/cpufreq/scaling_cur_freq", VDR_READS(cpu4Freq)},
-        {"/sys/devices/system/cpu/cpu7/cpufreq/scaling_cur_freq", VDR_READS(cpu7Freq)},
-        {"/sys/class/devfreq/3d00000.qcom,kgsl-3d0/cur_freq", VDR_READS(gpuFreq)},
-        {"/sys/class/ko_thermal/temp/shell_front/temp", VDR_READS(shellFrontTemp)},
-        {"/sys/class/ko_thermal/temp/shell_back/temp", VDR_READS(shellBackTemp)},
-        {"/sys/class/ko_thermal/temp/shell_frame/temp", VDR_READS(shellFrameTemp)},
-        {"/sys/class/ko_thermal/temp/ambient", VDR_READS(ambientTemp)},
-        {"/sys/class/backlight/panel1-backlight/brightness", VDR_READS(panel1Brightness)},
-        {"/sys/class/backlight/panel0-backlight/brightness", VDR_READS(panel0Brightness)},
-        {"/sys/class/ko_thermal/temp/fold_state", VDR_READS(foldState)},
-        {"/sys/class/power_supply/usb/online", VDR_READS(usbOnline)},
+        {"/sys/devices/system/cpu/cpu0/cpufreq/scaling_cur_freq", 0, 4},
+        {"/sys/devices/system/cpu/cpu4/cpufreq/scaling_cur_freq", 4, 4},
+        {"/sys/devices/system/cpu/cpu7/cpufreq/scaling_cur_freq", 8, 4},
+        {"/sys/class/devfreq/3d00000.qcom,kgsl-3d0/cur_freq", 60, 4},
+        {"/sys/class/ko_thermal/temp/shell_front/temp", 26, 4},
+        {"/sys/class/ko_thermal/temp/shell_back/temp", 30, 4},
+        {"/sys/class/ko_thermal/temp/shell_frame/temp", 34, 4},
+        {"/sys/class/ko_thermal/temp/ambient", 66, 4},
+        {"/sys/class/backlight/panel1-backlight/brightness", 71, 4},
+        {"/sys/class/backlight/panel0-backlight/brightness", 75, 4},
+        {"/sys/class/ko_thermal/temp/fold_state", 70, 1},
+        {"/sys/class/power_supply/usb/online", 79, 1},
 }};
-constexpr size_t kFirstByte = 10;  // from here on only the low 8 bits are kept
+constexpr const char* kCpu0 = kIntegerFiles[0].path;
 constexpr char kMemInfo[] = "/proc/meminfo";
 constexpr char kLoadAvg[] = "/proc/loadavg";
 constexpr char kStat[] = "/proc/stat";
@@ -105,6 +105,13 @@ protected:
         return snapshot;
     }
 
+    std::string told() {
+        const SysStatusCollection now = status();
+        return "cpu0 " + to_string(+now.cpu0Freq) + ", scene " + to_string(+now.sceneMode) +
+               ", snapshots " + to_string(+now.snapshotCount) + ", tasks " +
+               to_string(host::openCaptureCounters());
+    }
+
     // `total` clock ticks of all processors, of which this process has had `process`; every
     // counter has a share.
     void layTimes(uint64_t total, uint64_t process, const char* command = "(camera)") const {
@@ -128,9 +135,12 @@ TEST_F(SystemStatusTest, EveryCycleReadsEveryFileAfresh) {
     host::setCaptureMemory(4000000000U);
     // One digit and another, then longer and shorter content in the same file.
     for (const int scale : {0, 1, 30000, -2, 3}) {
-        const std::string row = "scale " + to_string(scale);
-        for (size_t i = 0; i < kIntegerFiles.size(); ++i) {
-            layFile(kIntegerFiles[i].path, to_string(static_cast<int>(i % 3 + 1) * scale));
+        std::string expected = bytesOf({});
+        int value = 0;
+        for (const IntegerFile& file : kIntegerFiles) {
+            value += scale;
+            layFile(file.path, to_string(value));
+            std::memcpy(&expected[file.offset], &value, file.size);
         }
         const auto positive = static_cast<uint32_t>(scale + 5);
         layFile(kMemInfo, "MemTotal: 99 kB\nMemFree: \t" + to_string(positive) +
@@ -138,97 +148,64 @@ TEST_F(SystemStatusTest, EveryCycleReadsEveryFileAfresh) {
                                   std::string(9000, '\n'));
         layFile(kLoadAvg, to_string(positive) + ".5 0.25 " + to_string(scale) + ".0 1/2 3\n");
         layFile(kGpuBusy, to_string(positive) + " %\n");
+        const float load[] = {static_cast<float>(positive) + 0.5F, 0.25F,
+                              static_cast<float>(scale)};
+        std::memcpy(&expected[14], load, 12);
+        const uint32_t memory[] = {positive, positive * 2, 4000000000U};
+        std::memcpy(&expected[38], memory, 12);
+        expected[52] = 5;
+        expected[53] = 1;
+        std::memcpy(&expected[64], &positive, 2);
         scale == 0 ? startSampling() : nextCycle();
-        const SysStatusCollection now = status();
-        for (size_t i = 0; i < kIntegerFiles.size(); ++i) {
-            const int64_t value = static_cast<int>(i % 3 + 1) * scale;
-            EXPECT_EQ(kIntegerFiles[i].read(now), i < kFirstByte ? value : value & 0xFF)
-                    << row << " " << kIntegerFiles[i].path;
-        }
-        EXPECT_EQ(+now.memFree, positive) << row;
-        EXPECT_EQ(+now.memAvailable, positive * 2) << row;
-        EXPECT_EQ(+now.loadAvg1, static_cast<float>(positive) + 0.5F) << row;
-        EXPECT_EQ(+now.loadAvg5, 0.25F) << row;
-        EXPECT_EQ(+now.loadAvg15, static_cast<float>(scale)) << row;
-        EXPECT_EQ(+now.gpuBusy, positive) << row;
-        EXPECT_EQ(+now.usedMem, 4000000000U) << row;
-        EXPECT_EQ(+now.thermalLevel, 5) << row;
-        EXPECT_EQ(+now.thermalEscapeState, 1) << row;
+        EXPECT_EQ(bytesOf(status()), expected) << scale;
     }
     EXPECT_EQ(mSleep.lastSleepMicroseconds(), 1000000U);
 }
 
-TEST_F(SystemStatusTest, FileThatFailsToScanOnce_KeepsItsLastValueForGood) {
+TEST_F(SystemStatusTest, FileThatDoesNotScan_KeepsItsLastValueAndIsReadNoMoreOrAgain) {
     struct Row {
         const char* name;
         const char* path;
-        int64_t (*read)(const SysStatusCollection&);
-        std::array<const char*, 4> content;  // cycle by cycle
+        std::array<const char*, 4> content;  // cycle by cycle; null: left as it is
         std::array<int64_t, 4> expected;
     };
-    const auto row = [](const char* name, size_t file, std::array<const char*, 4> content,
-                        std::array<int64_t, 4> expected) {
-        return Row{name, kIntegerFiles[file].path, kIntegerFiles[file].read, content, expected};
-    };
     const Row rows[] = {
-            row("text, then a number", 0, {"5\n", "none\n", "6\n", "7\n"}, {5, 5, 5, 5}),
-            row("text, then a longer number", 1, {"5\n", "none\n", "1804800\n", "9\n"},
-                {5, 5, 5, 5}),
-            row("text from the start", 2, {"none\n", "6\n", "7\n", "8\n"}, {0, 0, 0, 0}),
-            row("empty, then a number", 3, {"5\n", "", "6\n", "7\n"}, {5, 5, 5, 5}),
-            row("blank line", 4, {"5\n", "\n", " \t\n", "6\n"}, {5, 0, 0, 6}),
-            row("number with a unit", 5, {"41 C\n", "-42C\n", "+43", " 44\n"}, {41, -42, 43, 44}),
-            row("only the first line counts", 6, {"1\n2\n", "\n3\n", "4\nx\n", "5\n"},
-                {1, 0, 4, 5}),
-            {"busy without a percent sign",
-             kGpuBusy,
-             VDR_READS(gpuBusy),
-             {"37 %\n", "38\n", "39%\n", "65537 %\n"},
-             {37, 38, 39, 1}},
+            {"text, then a number", kCpu0, {"5\n", "none\n", "1804800\n", "7\n"}, {5, 5, 5, 5}},
+            {"text from the start", kCpu0, {"none\n", "6\n", "7\n", "8\n"}, {0, 0, 0, 0}},
+            {"empty, then a number", kCpu0, {"5\n", "", "6\n", "7\n"}, {5, 5, 5, 5}},
+            {"blank line", kCpu0, {"5\n", "\n", " \t\n", "6\n"}, {5, 0, 0, 6}},
+            {"number with a unit", kCpu0, {"41 C\n", "-42C\n", "+43", " 44\n"}, {41, -42, 43, 44}},
+            {"only the first line", kCpu0, {"1\n2\n", "\n3\n", "4\nx\n", "5\n"}, {1, 0, 4, 5}},
+            {"busy", kGpuBusy, {"37 %\n", "38\n", "39%\n", "65537 %\n"}, {37, 38, 39, 1}},
             {"load becomes text",
              kLoadAvg,
-             VDR_READS(loadAvg1),
-             {"3.0 2.0 1.0\n", "n/a\n", "4000.0 4000.0 4000.0\n", "5.0 5.0 5.0\n"},
+             {"3.0 2.0 1.0\n", "n/a\n", "4.0 4.0 4.0\n"},
              {3, 3, 3, 3}},
+            // Free memory in tens, available in ones: their lines are needed, in order.
+            {"no MemAvailable", kMemInfo, {"MemFree: 7 kB\nBuffers: 1 kB\n"}, {70, 0, 0, 0}},
+            {"no MemFree", kMemInfo, {"MemAvailable: 9 kB\n"}, {9, 9, 9, 9}},
+            {"MemFree behind", kMemInfo, {"MemAvailable: 9 kB\nMemFree: 7 kB\n"}, {9, 9, 9, 9}},
+            {"no unit", kMemInfo, {"MemFree: 7\nMemAvailable:9"}, {79, 79, 79, 79}},
+            {"empty", kMemInfo, {""}, {0, 0, 0, 0}},
     };
-    for (size_t cycle = 0; cycle < 4; ++cycle) {
-        for (const Row& r : rows) {
-            layFile(r.path, r.content[cycle]);
-        }
-        cycle == 0 ? startSampling() : nextCycle();
-        for (const Row& r : rows) {
-            EXPECT_EQ(r.read(status()), r.expected[cycle]) << r.name << ", cycle " << cycle;
-        }
-    }
-    EXPECT_EQ(countLogged("", 5) + countLogged("", 6), 0U);
-}
-
-TEST_F(SystemStatusTest, MemoryNeedsAllItsLinesInOrder) {
-    struct Row {
-        const char* name;
-        const char* content;
-        std::array<uint32_t, 3> free;
-        std::array<uint32_t, 3> available;
+    const auto reading = [this](const std::string& path) -> int64_t {
+        const SysStatusCollection now = status();
+        return path == kCpu0      ? now.cpu0Freq
+               : path == kGpuBusy ? now.gpuBusy
+               : path == kLoadAvg ? static_cast<int64_t>(now.loadAvg1)
+                                  : now.memFree * 10 + now.memAvailable;
     };
-    const Row rows[] = {
-            {"no MemAvailable", "MemFree: 7 kB\nBuffers: 1 kB\n", {7, 0, 0}, {0, 0, 0}},
-            {"no MemFree", "MemAvailable: 9 kB\n", {0, 0, 0}, {9, 9, 9}},
-            {"MemFree behind", "MemAvailable: 9 kB\nMemFree: 7 kB\n", {0, 0, 0}, {9, 9, 9}},
-            {"no unit", "MemFree: 7\nMemAvailable:9", {7, 7, 7}, {9, 9, 9}},
-            {"empty", "", {0, 0, 0}, {0, 0, 0}},
-    };
-    host::setCaptureMemory(3);
     for (const Row& row : rows) {
-        layFile(kMemInfo, row.content);
-        startSampling();
-        for (size_t cycle = 0; cycle < 3; ++cycle) {
-            EXPECT_EQ(+status().memFree, row.free[cycle]) << row.name << " " << cycle;
-            EXPECT_EQ(+status().memAvailable, row.available[cycle]) << row.name;
-            EXPECT_EQ(+status().usedMem, 3U) << row.name;
-            nextCycle();
+        for (size_t cycle = 0; cycle < 4; ++cycle) {
+            if (row.content[cycle] != nullptr) {
+                layFile(row.path, row.content[cycle]);
+            }
+            cycle == 0 ? startSampling() : nextCycle();
+            EXPECT_EQ(reading(row.path), row.expected[cycle]) << row.name << ", cycle " << cycle;
         }
         stopSampling();
     }
+    EXPECT_EQ(countLogged("", 5) + countLogged("", 6), 0U);
 }
 
 TEST_F(SystemStatusTest, UsageIsTheProcessShareOfTheMachineSinceItLastGrew) {
@@ -278,37 +255,21 @@ TEST_F(SystemStatusTest, DeviceWithoutFilesOrObserver_PublishesZerosAndLogsNothi
     EXPECT_EQ(countLogged("", 5) + countLogged("", 6), 0U);
 }
 
-TEST_F(SystemStatusTest, WithoutARootFolder_ThisMachineIsSampled) {
-    host::setRootFolder("");
-    startSampling();
-    EXPECT_GT(+status().memAvailable, 0U);
-    EXPECT_GT(+status().memFree, 0U);
-    EXPECT_LE(+status().cpuUsage, 100);
-}
-
 TEST_F(SystemStatusTest, OneTaskRunsFromStartToStop) {
-    layFile(kIntegerFiles[0].path, "1\n");
+    layFile(kCpu0, "1\n");
+    recorder().SnapshotCountAddOne();  // before any session
     startSampling(3);
     recorder().SnapshotCountAddOne();
     openSession(4);  // silent while it runs
-    EXPECT_EQ(+status().sceneMode, 3);
-    EXPECT_EQ(+status().snapshotCount, 1);
-    std::filesystem::remove(onHost(kIntegerFiles[0].path));
-    layFile(kIntegerFiles[0].path, "2\n");
+    std::filesystem::remove(onHost(kCpu0));
+    layFile(kCpu0, "2\n");
     nextCycle();
-    EXPECT_EQ(+status().cpu0Freq, 1) << "the file is kept open";
-    EXPECT_EQ(host::openCaptureCounters(), 1);
-
+    EXPECT_EQ(told(), "cpu0 1, scene 3, snapshots 1, tasks 1") << "the file is kept open";
     stopSampling();
     closeSession();  // silent: it is stopped
-    EXPECT_EQ(host::openCaptureCounters(), 0);
-    EXPECT_EQ(+status().cpu0Freq, 1) << "the snapshot stays";
-    EXPECT_EQ(+status().snapshotCount, 1);
-
+    EXPECT_EQ(told(), "cpu0 1, scene 3, snapshots 1, tasks 0") << "the snapshot stays";
     startSampling(5);
-    EXPECT_EQ(+status().cpu0Freq, 2) << "a new task opens its files anew";
-    EXPECT_EQ(+status().sceneMode, 5);
-    EXPECT_EQ(+status().snapshotCount, 0);
+    EXPECT_EQ(told(), "cpu0 2, scene 5, snapshots 0, tasks 1") << "files are opened anew";
     EXPECT_EQ(transcript("ystemStatus"),
               (std::vector<std::string>{kStarted, kStopping, kEnded, kStarted}));
 }
@@ -334,24 +295,6 @@ TEST_F(SystemStatusTest, RestartInPlace_ClearsTheSnapshotAndKeepsTheTask) {
     EXPECT_EQ(+status().cpuUsage, 25) << "totals and usage go on";
 }
 
-TEST_F(SystemStatusTest, VideoTimeAndSnapshotCountAreTheCallersOwn) {
-    for (int i = 0; i < 65536 + 3; ++i) {  // wraps, open or not
-        recorder().SnapshotCountAddOne();
-    }
-    EXPECT_EQ(+status().snapshotCount, 3);
-    startSampling();
-    EXPECT_EQ(+status().snapshotCount, 0);
-    recorder().SnapshotCountAddOne();
-    bool isWritable = false;
-    recorder().markWritable(1, isWritable);
-    ASSERT_TRUE(isWritable);
-    host::advanceWallClock(2900000);
-    recorder().markUnWritable(2);
-    nextCycle();
-    EXPECT_EQ(+status().videoRecordSeconds, 2U);
-    EXPECT_EQ(+status().snapshotCount, 1);
-}
-
 TEST_F(SystemStatusTest, DestructionOfAnOpenRecorder_EndsTheSampler) {
     mSleep.open();
     openSession();
@@ -360,34 +303,43 @@ TEST_F(SystemStatusTest, DestructionOfAnOpenRecorder_EndsTheSampler) {
     EXPECT_EQ(countLogged("quit async task"), 1U);
 }
 
-TEST_F(SystemStatusTest, EveryRoundOfTwoAlternatingThreadsSamplesAgain) {
-    mSleep.open();
-    layFile(kLoadAvg, "1.0 1.0 1.0\n");
-    recorder();
+// Sessions that two threads open and close.
+class SystemRoundsTest : public SystemStatusTest {
+protected:
+    SystemRoundsTest() {
+        mSleep.open();
+        layFile(kLoadAvg, "1.0 1.0 1.0\n");
+        recorder();
+    }
+    bool isSampling() {
+        return eventually([this] { return status().loadAvg1 > 0; });
+    }
+    static void playTwice(const std::function<void(int)>& play) {
+        std::thread other(play, 1);
+        play(0);
+        other.join();
+    }
+};
+
+TEST_F(SystemRoundsTest, OfTwoAlternatingThreads_SampleAgainEveryTime) {
     std::mutex mutex;
     std::condition_variable turned;
     int round = 0;
-    const auto play = [&](int player) {
+    playTwice([&](int player) {
         std::unique_lock lock(mutex);
         for (int mine = player; mine < 1000; mine += 2) {
             turned.wait(lock, [&] { return round == mine; });
             openSession(mine);
-            EXPECT_TRUE(eventually([&] { return status().loadAvg1 > 0; })) << "round " << mine;
+            EXPECT_TRUE(isSampling()) << "round " << mine;
             EXPECT_EQ(host::openCaptureCounters(), 1);
             closeSession();
             ++round;
             turned.notify_one();
         }
-    };
-    std::thread other(play, 1);
-    play(0);
-    other.join();
+    });
 }
 
-TEST_F(SystemStatusTest, StartsAndStopsFromTwoThreadsAtOnce_NeverLoseTheSampler) {
-    mSleep.open();
-    layFile(kLoadAvg, "1.0 1.0 1.0\n");
-    recorder();
+TEST_F(SystemRoundsTest, OfTwoThreadsAtOnce_NeverLoseTheSampler) {
     std::atomic<bool> isOver{false};
     int mostTasks = 0;
     std::thread watch([&] {
@@ -396,17 +348,14 @@ TEST_F(SystemStatusTest, StartsAndStopsFromTwoThreadsAtOnce_NeverLoseTheSampler)
         }
     });
     for (int i = 0; i < 10; ++i) {
-        const auto play = [this] {
+        playTwice([this](int /*player*/) {
             for (int round = 0; round < 100; ++round) {
                 openSession();
                 closeSession();
             }
-        };
-        std::thread other(play);
-        play();
-        other.join();
+        });
         openSession();
-        EXPECT_TRUE(eventually([&] { return status().loadAvg1 > 0; })) << i;
+        EXPECT_TRUE(isSampling()) << i;
         closeSession();
     }
     isOver = true;
