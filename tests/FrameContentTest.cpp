@@ -62,18 +62,6 @@ protected:
     }
 };
 
-TEST_F(FrameContentTest, LineIsCutAtTheEndOfItsBuffer_WhereverThatFalls) {
-    std::mt19937 random(1);
-    const Record record = randomRecord(random, 100, true);
-    Destination line = textOf(0);
-    ASSERT_TRUE(ReferenceLine::render(record.data(), line.data()));
-    const size_t longestThatFits = kFrameRecordSize - 1 - std::strlen(line.data());
-    for (size_t length = longestThatFits - 1; length <= kFrameRecordSize; ++length) {
-        ASSERT_EQ(rendersAsFormatted(record, textOf(length)), length <= longestThatFits);
-        ASSERT_FALSE(HasFailure()) << length;
-    }
-}
-
 struct Oddity {
     const char* name;
     bool fits;
@@ -109,13 +97,19 @@ TEST_F(FrameContentTest, RecordsThatNoPipelineShouldWrite_RenderAsFormatted) {
     }
 }
 
-TEST_F(FrameContentTest, ArbitraryRecords_RenderAsFormatted) {
+TEST_F(FrameContentTest, ArbitraryRecords_AreCutAtTheEndOfTheBuffer_WhereverThatFalls) {
     std::mt19937 random(20231114);
-    for (uint32_t i = 0; i < 3000 && !HasFailure(); ++i) {
+    for (uint32_t i = 0; i < 2000 && !HasFailure(); ++i) {
         SCOPED_TRACE(i);
         const uint32_t percentsSet[] = {100, 50, 3};
         const Record record = randomRecord(random, percentsSet[i % 3], i % 2 == 0);
-        rendersAsFormatted(record, textOf(random() % 200));
+        rendersAsFormatted(record, textOf(random() % (kFrameRecordSize + 1)));
+        Destination line = textOf(0);
+        if (ReferenceLine::render(record.data(), line.data())) {
+            const size_t longest = kFrameRecordSize - 1 - std::strlen(line.data());
+            EXPECT_TRUE(rendersAsFormatted(record, textOf(longest)));
+            EXPECT_FALSE(rendersAsFormatted(record, textOf(longest + 1)));
+        }
     }
 }
 
