@@ -93,7 +93,9 @@ TEST_F(FrameContentTest, RecordsThatNoPipelineShouldWrite_RenderAsFormatted) {
             record[kCountsAt[array]] = oddity.counts[array];
         }
         EXPECT_EQ(rendersAsFormatted(record, textOf(0)), oddity.fits);
-        rendersAsFormatted(record, textOf(3000));
+        for (size_t length = 3600; length < 3660; ++length) {  // each float cut at each place
+            rendersAsFormatted(record, textOf(length));
+        }
     }
 }
 

@@ -237,6 +237,7 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
             {"memory as long", memory(8192), 2 * kPage, "1 shot 1", 0},
             {"memory shorter within the page", memory(4097), 3 * kPage, "1 shot 1", 0},
             {"memory shorter", memory(4096), 3 * kPage, "0 shot 1", 0},
+            {"memory empty", memory(0), 3 * kPage, "0 shot 1", 0},
             {"memory longer", memory(99999), 3 * kPage, "1 shot 1", 0},
             {"request too small", memory(99999), 2 * kPage - 1, "0 shot 1", 0},
             {"request of nothing", memory(99999), 0, "0 shot 1", -1},
