@@ -4,12 +4,17 @@
 #include <cstdlib>
 #include <new>
 
+#include "records/FieldTags.h"
+#include "sysstatus/SysStatusCollection.h"
 #include "tests/faults/WholeSessionTest.h"
 
 // Every allocation that the recorder's own code asks of malloc, or of new without an exception,
-// comes by here; the C++ library's do not, for whose failure nobody asks.
+// comes by here and can be refused. The C++ library's are counted only: nobody asks what happens
+// when they fail.
 
 namespace {
+
+thread_local size_t allocationsOfThread = 0;
 
 std::atomic<size_t> smallest{0};  // bytes: smaller ones pass and are not counted
 std::atomic<int> firstRefused{0};
@@ -17,6 +22,7 @@ std::atomic<int> lastRefused{0};
 std::atomic<int> counted{0};
 
 bool isRefused(size_t size) {
+    ++allocationsOfThread;
     if (size < smallest) {
         return false;
     }
@@ -43,6 +49,21 @@ void* __real__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t&);
 void* __wrap__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
     return isRefused(size) ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
 }
+}
+
+void* operator new(size_t size) {
+    ++allocationsOfThread;
+    void* memory = __real_malloc(size);
+    if (memory == nullptr) {
+        std::abort();
+    }
+    return memory;
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
 }
 
 namespace zk::test {
@@ -130,6 +151,46 @@ TEST_F(AllocationFaultsTest, AllocationDuringASession_CostsThatSessionOnly) {
         ASSERT_FALSE(HasFailure());
     }
     EXPECT_GT(nth, 5);
+}
+
+class FramePathTest : public RecorderTest {};
+
+// A loss is pending in the end, so that the history grows. Recording is off: opening the dump file
+// allocates, every second frame.
+TEST_F(FramePathTest, AllocatesNothingAfterTheFirstFrames) {
+    const auto play = [this](uint32_t number) {
+        const std::vector<uint8_t> field(kFrameRecordSize);
+        const size_t before = allocationsOfThread;
+        recorder().VDRProcessing(number);
+        recorder().writeMaintain(number, 0, &number);
+        for (uint32_t tag = 1; tag < kTagCount; ++tag) {
+            recorder().writeMaintain(number, tag, field.data());
+        }
+        recorder().CacheDataForLivePhoto(number);
+        recorder().WriteMaintainForLivePhoto(number, 0, &number);
+        recorder().DoneDataForLivePhoto(number);
+        unsigned long chiFrame = number;
+        uint8_t tag = 0;
+        uint32_t frameNumber = number;
+        recorder().SetChiFenceMap(&chiFrame, chiFrame, tag);
+        recorder().GetChiFenceMap(&chiFrame, chiFrame, tag);
+        recorder().SetChiFrameMap(number, frameNumber);
+        recorder().GetChiFrameMap(number, frameNumber);
+        SysStatusCollection status{};
+        recorder().GetSystemStatus(status);
+        recorder().VDRDone(number);
+        recorder().VDRReport(number);
+        return allocationsOfThread - before;
+    };
+    openSession();
+    EXPECT_GT(play(11), 0U) << "nothing is counted";
+    for (uint32_t number = 12; number <= 100; ++number) {
+        play(number);
+    }
+    announceLoss(101);
+    for (uint32_t number = 101; number <= 130; ++number) {
+        EXPECT_EQ(play(number), 0U) << "frame " << number;
+    }
 }
 
 }  // namespace
