@@ -76,7 +76,6 @@ TEST_F(FrameLostTxtFileTest, StoppedPool_WritesWhenItStartsAgain_EvenAfterTheRec
     }
     play("!41 42-71 stop");
     EXPECT_EQ(transcript("stopped"), Lines{"E enqueue on stopped OrnThreadManager"});
-    mSleep.open();
     destroyRecorder();
     EXPECT_EQ(settlement(), "pending");
     EXPECT_EQ(countLogged("makeFrameContent"), 0U);

@@ -116,7 +116,6 @@ TEST_P(LevelTest, SessionFromLoadToUnload_IsToldStepByStep) {
             "mSysStatusInited=0!",
             "I unInitialize<LINE>: VDR::unInitialize" + full};
     EXPECT_EQ(transcript("VDR::"), expected);
-    mSleep.open();
     destroyRecorder();
     EXPECT_EQ(transcript("VDR::deconstruct"),
               Lines{"I ~ZkaVideoDataRecoderImpl<LINE>: VDR::deconstruct ZkaVideoDataRecoderImpl!"});

@@ -59,7 +59,6 @@ RecorderTest::RecorderTest() {
 }
 
 RecorderTest::~RecorderTest() {
-    mSleep.open();
     host::restartThreadPool();
     host::waitForThreadPool();
     destroyRecorder();
@@ -92,7 +91,9 @@ ZkaVideoDataRecoderImpl& RecorderTest::recorder() {
 }
 
 void RecorderTest::destroyRecorder() {
+    mSleep.open();  // destruction waits for the sampler
     mRecorder.reset();
+    mSleep.close();
 }
 
 RecorderTest::Frame::Frame(IVideoDataRecoder& recorder, uint32_t number)

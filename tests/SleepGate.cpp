@@ -40,6 +40,11 @@ void SleepGate::open() {
     mChanged.notify_all();
 }
 
+void SleepGate::close() {
+    const std::lock_guard guard(mMutex);
+    mOpen = false;
+}
+
 uint32_t SleepGate::lastSleepMicroseconds() {
     const std::lock_guard guard(mMutex);
     return mLastSleep;

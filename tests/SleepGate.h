@@ -7,7 +7,7 @@
 namespace zk::test {
 
 // Takes the place of sleeping: a sleeper stays until it is woken, so that a test turns the
-// sampler's cycles by hand. Once open, nobody sleeps any more.
+// sampler's cycles by hand. While it is open, nobody sleeps.
 class SleepGate {
 public:
     SleepGate();
@@ -19,6 +19,7 @@ public:
     bool waitForSleep(int nth);
     void wakeSleeper();
     void open();
+    void close();
     uint32_t lastSleepMicroseconds();
 
 private:
