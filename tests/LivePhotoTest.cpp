@@ -29,7 +29,6 @@ std::string requestFor(uint32_t start, uint32_t end, size_t bufferSize) {
 
 class LivePhotoTest : public RecorderTest {
 protected:
-
     void listen() {
         recorder().RegisterCamDataCb([this](uint32_t code, std::string reply) {
             EXPECT_EQ(code, 80U);

@@ -16,7 +16,6 @@ const std::string kUntouched(sizeof(MemoryAllocTimeoutInfo), '\xEE');
 
 class RegistriesTest : public RecorderTest {
 protected:
-
     // "frame/tag" of the fence; what was there before where it is unknown.
     std::string takeFence(void* fence) {
         unsigned long frame = 0x900000077;
