@@ -1,9 +1,5 @@
-#include <array>
-#include <random>
-
 #include "platform/host/ClockControl.h"
 #include "platform/host/PropertyControl.h"
-#include "records/FieldTags.h"
 #include "tests/LogTranscript.h"
 #include "tests/RecorderTest.h"
 
@@ -12,36 +8,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-constexpr char kFile[] = "VIDEO_DEBUG_20231114_221320.bin";  // of kNow
-
-class BinDumpFileTest : public RecorderTest {
-protected:
-    // A session of frames with arbitrary fields, some of them repeated; the file that it leaves.
-    std::string arbitrarySession(int level) {
-        useLevel(level);
-        std::mt19937 random(4096);
-        openSession();
-        for (uint32_t number = 1; number <= 60; ++number) {
-            Frame current = frame(number);
-            for (int i = 0; i < 200; ++i) {
-                const auto tag = static_cast<uint32_t>(1 + random() % (kTagCount - 1));
-                std::array<uint8_t, 64> bytes;  // the largest field's 60 and some
-                for (uint8_t& byte : bytes) {
-                    byte = static_cast<uint8_t>(random() % 70);  // counts in and beyond the limits
-                }
-                current.write(tag, bytes);
-            }
-            current.done();
-            recorder().VDRReport(0);
-        }
-        closeSession();
-        mSleep.wakeSleeper();
-        destroyRecorder();
-        std::string content = readBinFile(kFile);
-        removeDumps();
-        return content;
-    }
-};
+using BinDumpFileTest = RecorderTest;
 
 struct Sessions {
     const char* name;
@@ -92,13 +59,6 @@ TEST_F(BinDumpFileTest, Name_IsTheLocalTime_AndTheLastOneWhereTheClockFails) {
     play("open 3-4");
     EXPECT_EQ(binFiles(), Names{"VIDEO_DEBUG_20240101_005005.bin"});
     EXPECT_EQ(dumps(kBinFolder), "5005: 3-4");
-}
-
-TEST_F(BinDumpFileTest, SameWritesAtBothLevels_LeaveTheSameBytes) {
-    switchRecordingOn();
-    const std::string first = arbitrarySession(1);
-    EXPECT_EQ(first.size(), 60 * kFrameRecordSize);
-    EXPECT_TRUE(first == arbitrarySession(2));
 }
 
 }  // namespace

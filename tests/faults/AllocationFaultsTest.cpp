@@ -73,11 +73,6 @@ class AllocationFaultsTest : public WholeSessionTest {
 protected:
     static constexpr int kBlocks = 80;
 
-    AllocationFaultsTest() {
-        freshDevice();
-        mWhole = playSession();
-        freshDevice();
-    }
     ~AllocationFaultsTest() override { refuseAllocations(0, 0, 0); }
 
     // How many frames can be filled at a time; leaves them so.
@@ -87,8 +82,6 @@ protected:
         }
         return doneCount();
     }
-
-    Outcome mWhole;
 };
 
 TEST_F(AllocationFaultsTest, BlockThatCannotBeMade_IsMissingAndNothingElse) {

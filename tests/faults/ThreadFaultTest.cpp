@@ -28,9 +28,6 @@ using ThreadFaultTest = WholeSessionTest;
 // The launcher's error is not the recorder's to catch. It must find everything in order, though,
 // for whoever does catch it.
 TEST_F(ThreadFaultTest, SamplerThatCannotBeStarted_EscapesToTheCallerAndIsStartedTheNextTime) {
-    freshDevice();
-    const Outcome whole = playSession();
-    freshDevice();
     recorder();
     // The launcher is compiled into code that knows no exceptions, so that what it had allocated
     // for the thread, a hundred bytes, is not given back on the error's way out.
@@ -52,7 +49,7 @@ TEST_F(ThreadFaultTest, SamplerThatCannotBeStarted_EscapesToTheCallerAndIsStarte
     removeDumps();
     forgetLog();
     // Waits for the sampler's first cycle.
-    expectSame(playSession(), whole);
+    expectSame(playSession(), mWhole);
 }
 
 }  // namespace

@@ -32,6 +32,11 @@ protected:
     // there are of both kinds and open in this process, "errors" the lines of the log.
     using Outcome = std::map<std::string, std::string>;
 
+    WholeSessionTest() {
+        freshDevice();
+        mWhole = playSession();
+        freshDevice();
+    }
     ~WholeSessionTest() override { freshDevice(); }
 
     // No recorder and no files; the next session makes a recorder.
@@ -88,6 +93,7 @@ protected:
     }
 
     std::optional<SleepGate> mGate{std::in_place};
+    Outcome mWhole;  // of a session without a fault
 
 private:
     std::string fileName(const char* end) const {
