@@ -9,8 +9,8 @@
 #include "tests/faults/WholeSessionTest.h"
 
 // Every allocation that the recorder's own code asks of malloc, or of new without an exception,
-// comes by here and can be refused. The C++ library's are counted only: nobody asks what happens
-// when they fail.
+// comes by here and can be refused. Those of its containers are counted only: nobody asks what
+// happens when they fail.
 
 namespace {
 
@@ -49,21 +49,11 @@ void* __real__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t&);
 void* __wrap__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
     return isRefused(size) ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
 }
-}
-
-void* operator new(size_t size) {
+void* __real__Znwm(size_t size);
+void* __wrap__Znwm(size_t size) {
     ++allocationsOfThread;
-    void* memory = __real_malloc(size);
-    if (memory == nullptr) {
-        std::abort();
-    }
-    return memory;
+    return __real__Znwm(size);
 }
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, size_t) noexcept {
-    std::free(memory);
 }
 
 namespace zk::test {
