@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "fuzz/FuzzDevice.h"
 #include "fuzz/InputBytes.h"
 #include "fuzz/SequencePlayer.h"
+#include "fuzz/require.h"
 
 // Any sequence of calls, on a device where anything may fail: the recorder keeps its promises, and
 // both record levels do exactly the same.
@@ -12,15 +12,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     constexpr int kUnknownLevel = 3;
     constexpr size_t kShown = 300;  // characters
 
-    static FuzzDevice device;
     InputBytes input(data, size);
-    const bool isLevelUnknown = input.byte() % 16 == 15;
-    if (isLevelUnknown) {
-        SequencePlayer(device, kUnknownLevel, input).play();
+    if (const bool isLevelUnknown = input.byte() % 16 == 15; isLevelUnknown) {
+        SequencePlayer(kUnknownLevel, input).play();
         return 0;
     }
-    const std::string first = SequencePlayer(device, 1, input).play();
-    const std::string second = SequencePlayer(device, 2, input).play();
+    const std::string first = SequencePlayer(1, input).play();
+    const std::string second = SequencePlayer(2, input).play();
     if (first != second) {
         const auto differs =
                 std::mismatch(first.begin(), first.end(), second.begin(), second.end());
