@@ -1,8 +1,7 @@
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 #include "fuzz/InputBytes.h"
+#include "fuzz/require.h"
 #include "platform/host/LogControl.h"
 #include "records/frameData.h"
 #include "records/makeFrameContent.h"
@@ -37,8 +36,8 @@ void fillRecord(InputBytes& input, uint8_t shape, uint8_t* record) {
 }
 
 [[noreturn]] void fail(int level, const char* expected, const char* actual) {
-    std::fprintf(stderr, "level %d:\nexpected %s\nactual   %s\n", level, expected, actual);
-    std::abort();
+    zk::fuzz::fail("level " + std::to_string(level) + ":\nexpected " + expected + "\nactual   " +
+                   actual);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <string>
 
+#include "fuzz/require.h"
 #include "livephoto/LivePhoto.h"
 #include "platform/host/LogControl.h"
 
@@ -19,16 +20,13 @@
 
 namespace {
 
+using zk::fuzz::require;
+
 constexpr uint32_t kMostRecords = 4;
 constexpr size_t kLongestText = 1 << 14;
 constexpr char kRepeat = '\x1f';
 
 enum Kind { kFile, kShorter, kEqual, kLonger, kReadOnly, kPipe, kZeros, kClosed, kKinds };
-
-[[noreturn]] void fail(const char* what) {
-    std::fprintf(stderr, "%s\n", what);
-    std::abort();
-}
 
 // The text as it stands, but for a repeat mark and the byte behind it, which repeat what came just
 // before about a thousand times: deep nesting from a short input.
@@ -51,21 +49,17 @@ std::string requestText(const uint8_t* data, size_t size) {
 
 int memory(size_t size) {
     const int fd = memfd_create("fuzz", MFD_CLOEXEC);
-    if (fd < 0 || ftruncate(fd, static_cast<off_t>(size)) != 0) {
-        fail("no memory object");
-    }
+    require(fd >= 0 && ftruncate(fd, static_cast<off_t>(size)) == 0, "a memory object");
     return fd;
 }
 
 int openKind(Kind kind, size_t needed) {
     switch (kind) {
         case kFile: {
-            static std::FILE* file = std::tmpfile();
-            if (ftruncate(fileno(file), 0) != 0 ||
-                ftruncate(fileno(file), static_cast<off_t>(needed)) != 0) {
-                fail("no file");
-            }
-            return dup(fileno(file));
+            static const int file = fileno(std::tmpfile());
+            require(ftruncate(file, 0) == 0 && ftruncate(file, static_cast<off_t>(needed)) == 0,
+                    "a file");
+            return dup(file);
         }
         case kShorter:
             return memory(needed == 0 ? 0 : needed - 4096);
@@ -81,9 +75,7 @@ int openKind(Kind kind, size_t needed) {
         }
         case kPipe: {
             int ends[2];
-            if (pipe(ends) != 0) {
-                fail("no pipe");
-            }
+            require(pipe(ends) == 0, "a pipe");
             close(ends[0]);
             return ends[1];
         }
@@ -102,12 +94,10 @@ void checkContent(int fd, int state) {
             return;
         }
         const uint8_t expected = page.bytes[4];
-        if (std::memcmp(page.bytes + 4, page.bytes + 5, sizeof(page.bytes) - 5) != 0) {
-            fail("a torn record");
-        }
-        if (expected != 0 && (state != 1 || expected != page.frameNumber())) {
-            fail("a record that nobody asked for");
-        }
+        require(std::memcmp(page.bytes + 4, page.bytes + 5, sizeof(page.bytes) - 5) == 0,
+                "whole records");
+        require(expected == 0 || (state == 1 && expected == page.frameNumber()),
+                "records that were asked for");
     }
 }
 
@@ -117,14 +107,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2) {
         return -1;
     }
-    static auto* livePhoto = new zk::LivePhoto;
     static std::string reply;
-    static bool isReady = false;
-    if (!isReady) {
+    static auto* livePhoto = [] {
         zk::host::setLogOutput(nullptr);
-        livePhoto->RegisterCamDataCb([](uint32_t, std::string text) { reply = std::move(text); });
-        isReady = true;
-    }
+        auto* made = new zk::LivePhoto;
+        made->RegisterCamDataCb([](uint32_t, std::string text) { reply = std::move(text); });
+        return made;
+    }();
     const auto kind = static_cast<Kind>(data[0] % kKinds);
     const uint32_t count = data[1] % (kMostRecords + 1);
     livePhoto->clear();
@@ -140,18 +129,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const off_t offset = lseek(fd, 0, SEEK_CUR);
     reply.clear();
     livePhoto->PostDataForLivePhoto(true, fd, requestText(data + 2, size - 2));
-    if (reply.empty() != (kind == kClosed)) {
-        fail("no reply, or one too many");
-    }
+    require(reply.empty() == (kind == kClosed), "one reply where there is a descriptor");
     if (kind != kClosed) {
         Json::Value root;
-        if (!Json::Reader().parse(reply, root) || root.size() != 2 || !root["id"].isString()) {
-            fail("no proper reply");
-        }
+        require(Json::Reader().parse(reply, root) && root.size() == 2 && root["id"].isString(),
+                "a proper reply");
         checkContent(kind <= kReadOnly ? fd : -1, root["state"].asInt());
-        if (lseek(fd, 0, SEEK_CUR) != offset) {
-            fail("the offset moved");
-        }
+        require(lseek(fd, 0, SEEK_CUR) == offset, "the offset where it was");
         close(fd);
     }
     return 0;

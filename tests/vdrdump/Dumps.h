@@ -20,8 +20,8 @@ Frame randomFrame(std::mt19937_64& random, unsigned mostElements);
 
 // What the recorder would write.
 std::string binaryOf(const std::vector<Frame>& frames);
-std::string lineOf(const Frame& frame, int level = 2);
-std::string textOf(const std::vector<Frame>& frames, int level = 2);
+std::string lineOf(const Frame& frame);
+std::string textOf(const std::vector<Frame>& frames);
 
 // What the csv export makes of a dump.
 struct Csv {
