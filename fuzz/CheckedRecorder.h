@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -44,6 +45,8 @@ protected:
     static constexpr host::FileCall kFileCalls[] = {host::FileCall::kOpen, host::FileCall::kWrite,
                                                     host::FileCall::kClose,
                                                     host::FileCall::kChangeMode};
+
+    static constexpr size_t kLivePhotoQueue = 180;  // records
 
     void load(uint8_t kind) {
         const auto isSet = [kind](int bits) { return (kind & bits) == bits; };
@@ -176,6 +179,11 @@ protected:
                 require(ready + done + processing == kBlocks && done == mDone &&
                                 processing == mProcessing.size(),
                         "every block is in exactly one pool");
+            }
+            if (const char* need = std::strstr(line.text.c_str(), "need size:")) {
+                require(std::sscanf(need, "need size:%u", &ready) == 1 &&
+                                ready <= kLivePhotoQueue * kFrameRecordSize,
+                        "180 records in the live-photo queue");
             }
             posted += contains(line.text, "PostDataForLivePhoto, count=") ? 1 : 0;
             mLateTasks += contains(line.text, "enqueue on stopped") ? 1 : 0;

@@ -61,7 +61,6 @@ public:
     }
 
 private:
-    static constexpr size_t kLivePhotoQueue = 180;  // records
     using S = Sequence;
     using Recorder = ZkaVideoDataRecoderImpl;
     static void (*const kSteps[35])(S&);
