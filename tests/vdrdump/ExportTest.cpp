@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
 #include <sstream>
 
 #include "tests/vdrdump/Dumps.h"
@@ -128,7 +131,14 @@ TEST(Sqlite, OutputThatCannotBeWritten_LeavesTheOldOne) {
               1);
     EXPECT_EQ(run({"export", dump, "--format", "sqlite"}).status, 2);
     const std::string old = folder.file("old.db", "kept until the new one is complete");
-    EXPECT_EQ(run({"export", dump, "--format", "sqlite", "-o", old}).status, 0);
+    const std::string link = folder.path("link.db");
+    ASSERT_EQ(symlink(old.c_str(), link.c_str()), 0);
+    EXPECT_EQ(run({"export", dump, "--format", "sqlite", "-o", link}).status, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    const std::string pipe = folder.path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0666), 0);
+    EXPECT_EQ(run({"export", dump, "--format", "sqlite", "-o", pipe}).status, 1);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe)) << "not replaced";
     EXPECT_EQ(Database(old).ask("SELECT count(*) FROM frames"), "1\n");
 }
 

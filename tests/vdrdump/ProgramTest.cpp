@@ -63,6 +63,8 @@ TEST(Program, ShowPrintsTheFramesAndFieldsAskedFor) {
     EXPECT_TRUE(contains(range.out, "frame 29:") && contains(range.out, "frame 32:"));
     EXPECT_FALSE(contains(range.out, "frame 28:") || contains(range.out, "frame 33:"));
     EXPECT_TRUE(contains(range.out, "500032 kB"));
+    EXPECT_EQ(run({"show", "--frame", "00000070"}, dump).out,
+              run({"show", "--frames", "70:70"}, dump).out);
     EXPECT_EQ(run({"show", "--frame", "30"}, dump).status, 1);
 }
 
@@ -86,6 +88,7 @@ const Usage kUsages[] = {
         {"NoFormat", {"export"}, 2},
         {"UnknownFormat", {"export", "--format", "xml"}, 2},
         {"PictureOfAnotherKind", {"plot", "-o", "a.gif"}, 2},
+        {"SessionZero", {"plot", "--session", "0", "-o", "a.svg"}, 2},
         {"NothingToPlot", {"plot", "-o", "/nonexistent/a.png"}, 1},
         {"MissingFile", {"info", "/nonexistent"}, 1},
         {"Directory", {"info", "/"}, 1},
@@ -122,6 +125,7 @@ TEST(Program, Output_ReplacesWhatIsThereButNeverItsDump) {
     const std::string bytes = binaryOf({frame(1)});
     const std::string dump = folder.file("a.bin", bytes);
     EXPECT_EQ(run({"export", dump, "--format", "csv", "-o", folder.path("./a.bin")}).status, 2);
+    EXPECT_EQ(run({"export", "--format", "csv", "-o", "/dev/stdin"}, bytes).status, 2);
     EXPECT_EQ(contentsOf(dump), bytes);
     const std::string out = folder.file("out.csv", std::string(100000, 'x'));
     EXPECT_EQ(run({"export", "--format", "csv", "-o", out}, bytes).status, 0);
@@ -159,13 +163,16 @@ TEST(Program, Plot_DrawsTheSessionWithItsMarks) {
     }
 }
 
-TEST(Program, PlotWithoutGnuplot_SaysSoAndLeavesNoFile) {
+TEST(Program, PlotThatFails_SaysSoAndLeavesTheOldOne) {
     const TempFolder folder;
-    const std::string svg = folder.path("out.svg");
+    const std::string full = folder.path("full.svg");
+    ASSERT_EQ(symlink("/dev/full", full.c_str()), 0);
+    EXPECT_EQ(run({"plot", "-", "-o", full}, binaryOf(session())).status, 1);
+    const std::string svg = folder.file("out.svg", "kept");
     const Program program = run({"plot", "-", "-o", svg}, binaryOf(session()), "/nonexistent");
     EXPECT_EQ(program.status, 1);
     EXPECT_TRUE(contains(program.err, "gnuplot"));
-    EXPECT_NE(access(svg.c_str(), F_OK), 0);
+    EXPECT_EQ(contentsOf(svg), "kept");
 }
 
 TEST(LostFrame, ComesFromTheNameOfATextFile) {

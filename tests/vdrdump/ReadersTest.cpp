@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "records/frameData.h"
 #include "tests/vdrdump/Dumps.h"
@@ -187,6 +188,8 @@ TEST(Readers, NameOfAnyBytes_BreaksNoRow) {
     odd.pluginAlgoCostTimeCount = 1;
     std::memcpy(odd.pluginAlgoCostTime[0].name, "\",\\\x1b\xff", 5);
     std::memcpy(odd.memoryAllocTimeoutInfo.itemName, "a\",\nb", 5);
+    odd.awbInfo_qawb_cap_saCount = 1;
+    odd.awbInfo_qawb_cap_sa[0].value = std::numeric_limits<float>::quiet_NaN();
     const Csv csv = csvOf(binaryOf({odd, frame(2)}));
     ASSERT_EQ(csv.rows.size(), 2U);
     ASSERT_EQ(csv.rows[0].size(), csv.rows[1].size());
@@ -195,6 +198,7 @@ TEST(Readers, NameOfAnyBytes_BreaksNoRow) {
     };
     EXPECT_TRUE(has(R"([["\",\\x5c\\x1b\\xff",0]])"));
     EXPECT_TRUE(has(R"(a",\x0ab)"));
+    EXPECT_TRUE(has(R"([["","nan"]])"));
 }
 
 TEST(DumpKind, IsToldFromContentAlone) {
