@@ -1,7 +1,7 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <set>
@@ -171,20 +171,16 @@ protected:
     size_t checkLog() {
         size_t posted = 0;
         for (const host::LogLine& line : host::capturedLog()) {
-            unsigned ready = 0;
-            unsigned done = 0;
-            unsigned processing = 0;
-            if (const char* sizes = std::strstr(line.text.c_str(), "mDataReadyPool.size()=")) {
-                std::sscanf(sizes, "%*[^=]=%u,%*[^=]=%u,%*[^=]=%u", &ready, &done, &processing);
+            if (contains(line.text, "mDataReadyPool.size()=")) {
+                const size_t done = numberBehind(line.text, "mDataDonePool.size()=");
+                const size_t processing = numberBehind(line.text, "mDataProcessingPool.size()=");
+                const size_t ready = numberBehind(line.text, "mDataReadyPool.size()=");
                 require(ready + done + processing == kBlocks && done == mDone &&
                                 processing == mProcessing.size(),
                         "every block is in exactly one pool");
             }
-            if (const char* need = std::strstr(line.text.c_str(), "need size:")) {
-                require(std::sscanf(need, "need size:%u", &ready) == 1 &&
-                                ready <= kLivePhotoQueue * kFrameRecordSize,
-                        "180 records in the live-photo queue");
-            }
+            require(numberBehind(line.text, "need size:") <= kLivePhotoQueue * kFrameRecordSize,
+                    "180 records in the live-photo queue");
             posted += contains(line.text, "PostDataForLivePhoto, count=") ? 1 : 0;
             mLateTasks += contains(line.text, "enqueue on stopped") ? 1 : 0;
             // Not the sampler's last words, since it has a thread of its own, nor addresses or the
@@ -213,7 +209,8 @@ protected:
             require(std::count(content.begin(), content.end(), '\n') <= kLongestHistory,
                     "100 frames in a history");
             // Tasks of one name that run at once leave a file that nobody can foretell.
-            note(mLateTasks < 2 ? name + '\n' + content : name);
+            note(name);
+            note(mLateTasks < 2 ? content : "");
         }
     }
 
@@ -233,6 +230,14 @@ private:
     void TestBody() override {}
     static bool contains(const std::string& text, const char* part) {
         return text.find(part) != std::string::npos;
+    }
+
+    // 0 where the text does not say.
+    static size_t numberBehind(const std::string& text, const char* part) {
+        const size_t at = text.find(part);
+        return at == std::string::npos
+                       ? 0
+                       : std::strtoul(text.c_str() + at + std::strlen(part), nullptr, 10);
     }
 
     const int mLevel;

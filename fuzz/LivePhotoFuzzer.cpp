@@ -62,7 +62,7 @@ int openKind(Kind kind, size_t needed) {
             return dup(file);
         }
         case kShorter:
-            return memory(needed == 0 ? 0 : needed - 4096);
+            return memory(needed == 0 ? 0 : needed - zk::kFrameRecordSize);
         case kEqual:
             return memory(needed);
         case kLonger:
@@ -90,7 +90,8 @@ int openKind(Kind kind, size_t needed) {
 void checkContent(int fd, int state) {
     zk::frameData page{};
     for (uint32_t i = 0; i < kMostRecords; ++i) {
-        if (pread(fd, page.bytes, sizeof(page.bytes), i * 4096) != 4096) {
+        if (pread(fd, page.bytes, sizeof(page.bytes),
+                  static_cast<off_t>(i * zk::kFrameRecordSize)) != zk::kFrameRecordSize) {
             return;
         }
         const uint8_t expected = page.bytes[4];
@@ -124,7 +125,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         livePhoto->store(number, record);
         livePhoto->DoneDataForLivePhoto(number);
     }
-    const int fd = openKind(kind, count * 4096);
+    const int fd = openKind(kind, count * zk::kFrameRecordSize);
     lseek(fd, 5, SEEK_SET);
     const off_t offset = lseek(fd, 0, SEEK_CUR);
     reply.clear();

@@ -91,6 +91,13 @@ private:
         return field;
     }
 
+    // One of a few, or null.
+    void* fence() {
+        static char fences[255];
+        const uint8_t kind = byte();
+        return kind == 0 ? nullptr : &fences[kind - 1];
+    }
+
     template <typename T>
     T* orNull(T* pointer) {
         return byte() % 16 == 0 ? nullptr : pointer;
@@ -199,7 +206,8 @@ private:
     // On this thread, so that nobody waits for the service's.
     void announce() {
         const uint8_t kind = byte();
-        const uint64_t stamp = kind < 240 ? kNow + kind % 16 * 1000000U : mInput.take<uint64_t>();
+        const uint64_t stamp =
+                kind < 240 ? kNow + kind % 16 * uint64_t{1000000} : mInput.take<uint64_t>();
         const uint64_t number = (kind % 32 == 31 ? uint64_t{1} << 32 : 0) + frame();
         mStamps.insert(stamp);
         if (mIsSubscribed) {
@@ -286,14 +294,14 @@ void (*const Sequence::kSteps[35])(Sequence&) = {
         [](S& s) { s.postAny(); },
         [](S& s) { s.registerCallback(); },
         [](S& s) {
-            auto* fence = reinterpret_cast<void*>(uintptr_t{s.byte()});
+            void* fence = s.fence();
             const auto chiFrameNum = s.mInput.take<uint64_t>();
             s.recorder().SetChiFenceMap(fence, chiFrameNum, s.byte());
         },
         [](S& s) {
             unsigned long chiFrameNum = 0;
             uint8_t tagId = 0;
-            auto* fence = reinterpret_cast<void*>(uintptr_t{s.byte()});
+            void* fence = s.fence();
             s.recorder().GetChiFenceMap(fence, chiFrameNum, tagId);
             s.note(std::to_string(chiFrameNum) + ' ' + std::to_string(tagId));
         },

@@ -28,7 +28,7 @@ public:
 private:
     // Zeros behind the block: there counts beyond the arrays read on, and text ends.
     explicit ReferenceLine(const uint8_t* record) : mBytes(record, record + kFrameRecordSize) {
-        mBytes.resize(kFrameRecordSize + 255 * 44);
+        mBytes.resize(kFrameRecordSize + size_t{255} * 44);
     }
 
     std::string text() {
