@@ -1,12 +1,9 @@
 #include "platform/host/ClockControl.h"
 #include "platform/host/PropertyControl.h"
-#include "tests/LogTranscript.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
 namespace {
-
-using Names = std::vector<std::string>;
 
 using BinDumpFileTest = RecorderTest;
 
@@ -31,14 +28,11 @@ const Sessions kSessions[] = {
 
 TEST_F(BinDumpFileTest, Records_AreAppendedTwoAtATimeToTheFileOfTheSession) {
     for (const Sessions& sessions : kSessions) {
-        SCOPED_TRACE(sessions.name);
         host::setWallClock(kNow);
         host::setProperty("vendor.camera.debug.VideoDataRecorderPreviewStatus",
                           sessions.recordingSwitch);
         play(sessions.script);
-        EXPECT_EQ(dumps(kBinFolder), sessions.dumped);
-        closeSession();
-        mSleep.wakeSleeper();
+        EXPECT_EQ(dumps(kBinFolder), sessions.dumped) << sessions.name;
         destroyRecorder();
         removeDumps();
     }
@@ -49,7 +43,7 @@ TEST_F(BinDumpFileTest, Name_IsTheLocalTime_AndTheLastOneWhereTheClockFails) {
     host::failClock(true);
     play("open 1-2");
     EXPECT_EQ(transcript("saveDataToBinFile"),
-              Names{"E saveDataToBinFile<LINE>: VDR::saveDataToBinFile,  open fail!"});
+              Lines{"E saveDataToBinFile<LINE>: VDR::saveDataToBinFile,  open fail!"});
     host::failClock(false);
     setenv("TZ", "TST-5:45", 1);
     tzset();
@@ -57,7 +51,7 @@ TEST_F(BinDumpFileTest, Name_IsTheLocalTime_AndTheLastOneWhereTheClockFails) {
     openSession();
     host::failClock(true);
     play("open 3-4");
-    EXPECT_EQ(binFiles(), Names{"VIDEO_DEBUG_20240101_005005.bin"});
+    EXPECT_EQ(files(kBinFolder).count("VIDEO_DEBUG_20240101_005005.bin"), 1U);
     EXPECT_EQ(dumps(kBinFolder), "5005: 3-4");
 }
 

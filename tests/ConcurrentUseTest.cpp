@@ -38,9 +38,6 @@ protected:
     void writeFields(uint32_t number) {
         const std::shared_lock guard(mWriting);
         frame(number).stamp();
-        const uint32_t tag = 0;
-        const void* const data = &number;
-        recorder().writeMaintains(number, &tag, &data, 1);
         bool writable = false;
         recorder().markWritable(number, writable);
         if (!writable) {
@@ -59,14 +56,12 @@ protected:
     }
 
     void callTheRest(uint32_t number) {
-        void* record = nullptr;
         bool answer = false;
         SysStatusCollection status{};
         MemoryAllocTimeoutInfo slow{};
         unsigned long chiFrame = number;
         uint8_t tag = 0;
         doneCount();
-        recorder().getVDRInfo(number, &record);
         recorder().getMP4Writable(&answer);
         recorder().getVDRStatus(&answer);
         recorder().checkPreviewAndVideoStatus(number, &answer);
@@ -118,8 +113,7 @@ TEST_F(ConcurrentUseTest, AllOperationsAtOnce_LeaveEveryRecordWholeAndLoseNoBloc
     close(fd);
     closeSession();
     std::set<uint32_t> frames;
-    for (const std::string& name : binFiles()) {
-        const std::string content = readBinFile(name);
+    for (const auto& [name, content] : files(kBinFolder)) {
         for (size_t at = 0; at < content.size(); at += kFrameRecordSize) {
             EXPECT_TRUE(frames.insert(checkStamps(&content.at(at))).second) << "only once";
         }
@@ -172,7 +166,7 @@ TEST_F(ConcurrentUseTest, ReportsThatRunIntoTheClose_LoseAndRepeatNoRecord) {
             }
         });
         closeSession();  // appends what a late report has staged
-        const size_t records = readBinFile(binFiles().at(0)).size() / kFrameRecordSize;
+        const size_t records = files(kBinFolder).begin()->second.size() / kFrameRecordSize;
         EXPECT_GE(records, 2 * round);  // what the close found unreported is gone
         EXPECT_EQ(dumps(kBinFolder), "221320: 1-" + std::to_string(records));
         removeDumps();

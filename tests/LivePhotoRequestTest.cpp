@@ -46,7 +46,6 @@ TEST(LivePhotoRequestTest, UntrustedText_ReadsAsFarAsItCan) {
              "a 1 4294967295 4096"},
             {"comments where they may be", "/*]*/{//}\n\"id\":/*{*/\"a\"}", kRead},
             {"nothing", "", kEmpty},
-            {"a number", "7", kEmpty},
             {"id an array", R"({"id":["a"],"startFrame":1})", " 1 0 0"},
             {"out of range", R"({"startFrame":-1,"endFrame":4294967296,"bufferSize":1e30})",
              kEmpty},
@@ -68,17 +67,13 @@ TEST(LivePhotoRequestTest, UntrustedText_ReadsAsFarAsItCan) {
 TEST(LivePhotoRequestTest, NestingBeyondTheParser_ReadsAsAnEmptyRequest) {
     const std::string manyOpen(100000, '[');
     const Text rows[] = {
-            {"998 arrays and a value", arrays(999, "1"), kRead},
             {"1000 levels, nothing in the last array", arrays(1000, " \n"), kRead},
             {"1000 levels, a value in the last array", arrays(1000, "1"), kEmpty},
-            {"1001 levels of arrays", arrays(1001, ""), kEmpty},
             {"1000 levels, nothing in the last object", objects(1000, "/**/"), kRead},
             {"1000 levels, a value in the last object", objects(1000, R"("z":1)"), kEmpty},
-            {"many shallow ones", R"({"id":"a","x":[)" + times(5000, "[],{},") + "1]}", kRead},
             {"brackets in a string", R"({"id":"a","x":"\")" + manyOpen + "\"}", kRead},
             {"brackets in comments", "/*" + manyOpen + "*/{//" + manyOpen + "\n\"id\":\"a\"}",
              kRead},
-            {"behind the root", R"({"id":"a"})" + manyOpen, kRead},
             {"behind a bracket that closes nothing", "]" + manyOpen, kEmpty},
             // Behind a comment the parser takes anything for the comma, and what follows a slash
             // with it.

@@ -1,8 +1,8 @@
 #include <fcntl.h>
 #include <json/reader.h>
 #include <json/value.h>
+#include <sys/eventfd.h>
 #include <sys/mman.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <numeric>
@@ -10,14 +10,12 @@
 #include <vector>
 
 #include "platform/host/DeviceControl.h"
-#include "tests/LogTranscript.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
 namespace {
 
 using Frames = std::vector<uint32_t>;
-using Lines = std::vector<std::string>;
 
 constexpr size_t kPage = 4096;
 constexpr char kBuffer[] = "/buffer";
@@ -29,16 +27,13 @@ std::string requestFor(uint32_t start, uint32_t end, size_t bufferSize) {
 
 class LivePhotoTest : public RecorderTest {
 protected:
-    void listen() {
+    // Opens a session whose replies are kept.
+    void openListening() {
+        openSession();
         recorder().RegisterCamDataCb([this](uint32_t code, std::string reply) {
             EXPECT_EQ(code, 80U);
             mReplies.push_back(std::move(reply));
         });
-    }
-    // Opens a session whose replies are kept.
-    void openListening() {
-        openSession();
-        listen();
     }
     // Stores the frame as it is before it is done, with its number's low byte in a field.
     void queueFrames(uint32_t first, uint32_t last) {
@@ -69,7 +64,7 @@ protected:
     // The frames that a request gets into a large buffer.
     Frames framesFor(uint32_t start, uint32_t end) {
         EXPECT_EQ(post(openBuffer(181 * kPage), requestFor(start, end, 181 * kPage)), "1 shot 1");
-        const std::string content = readFile(onHost(kBuffer));
+        const std::string content = readFile(kBuffer);
         Frames frames;
         for (size_t at = 0; content[at + kPage - 1] == '\0'; at += kPage) {
             frames.push_back(frameNumberOf(&content[at]));
@@ -92,7 +87,7 @@ TEST_F(LivePhotoTest, RequestIsServedStepByStep) {
     expected.replace(2 * kPage, kPage, kPage, '\xEE');
     forgetLog();
     EXPECT_EQ(post(openBuffer(3 * kPage), requestFor(107, 108, 3 * kPage)), "1 shot 1");
-    EXPECT_EQ(readFile(onHost(kBuffer)), expected);
+    EXPECT_EQ(readFile(kBuffer), expected);
     const std::string prefix = "D PostDataForLivePhoto<LINE>: VDR::PostDataForLivePhoto, ";
     EXPECT_EQ(transcript("PostDataForLivePhoto"),
               (Lines{prefix + "firstAppFrameNum=100, stratFrame=7, endFrame=8, bufferSize=12288, "
@@ -114,7 +109,6 @@ TEST_F(LivePhotoTest, RangeWrapsAround) {
             {"end beyond the queue", 0, 12, 99, {12, 13}, {12, 13}},
             {"end just before the start: none", 0, 11, 10, {}, {11, 12, 13}},
             {"end further before: all", 0, 11, 9, {11, 12, 13}, {11, 12, 13}},
-            {"from 0 to the last number: none", 0, 0, UINT32_MAX, {}, {10, 11, 12, 13}},
             {"start beyond the queue empties it", 0, 14, 20, {}, {}},
             {"application numbers wrap", 0xFFFFFFF0, 0xFFFFFFFB, 1, {11, 12, 13}, {11, 12, 13}},
     };
@@ -131,9 +125,7 @@ TEST_F(LivePhotoTest, RangeWrapsAround) {
 
 TEST_F(LivePhotoTest, QueueHoldsTheNewest180_UntilTheSessionEnds) {
     openListening();
-    queueFrames(1, 180);
-    EXPECT_EQ(countLogged("larger than 180"), 0U);
-    queueFrames(181, 181);
+    queueFrames(1, 181);
     EXPECT_EQ(transcript("larger than 180"),
               (Lines{"D DoneDataForLivePhoto<LINE>: VDR::DoneDataForLivePhoto, "
                      "mOfflineVDRDataOut size larger than 180!"}));
@@ -163,37 +155,32 @@ TEST_F(LivePhotoTest, StoreKeepsOneWritableRecordPerPlaceOf180) {
     frame(5).done();  // the completed record takes the place
     recorder().DoneDataForLivePhoto(185);
     EXPECT_EQ(allFrames(), (Frames{185, 41, 5}));
-    const std::string prefix =
-            "E WriteMaintainForLivePhoto<LINE>: VDR::WriteMaintainForLivePhoto, ";
+    const std::string refused =
+            "E WriteMaintainForLivePhoto<LINE>: VDR::WriteMaintainForLivePhoto, tagId is wrong or "
+            "data is nullptr, tagId=";
     EXPECT_EQ(transcript("WriteMaintainForLivePhoto"),
-              (Lines{prefix + "tagId is wrong or data is nullptr, tagId=39, frameNumber=7!",
-                     prefix + "tagId is wrong or data is nullptr, tagId=0, frameNumber=7!"}));
+              (Lines{refused + "39, frameNumber=7!", refused + "0, frameNumber=7!"}));
 }
 
 TEST_F(LivePhotoTest, ClosedRecorderStoresDoneFramesAndAnswersStateZero) {
-    listen();
+    openListening();
+    recorder().initialize(0, 0);
     frame(3).done();
     frame(4);
     recorder().CacheDataForLivePhoto(4);
     recorder().DoneDataForLivePhoto(3);
     EXPECT_EQ(post(-1, requestFor(0, 9, kPage)), "0 shot 1");
-    EXPECT_EQ(countLogged("returnState 0, id shot 1, munmapRet -1!", 3), 1U);
-    const uint32_t number = 3;
-    recorder().WriteMaintainForLivePhoto(3, 0, &number);
-    EXPECT_EQ(transcript("WriteMaintainForLivePhoto"),
-              Lines{"E WriteMaintainForLivePhoto<LINE>: VDR::WriteMaintainForLivePhoto, fun is "
-                    "nullptr, tagId=0, frameNumber=3!"});
+    EXPECT_EQ(countLogged("returnState 0, id shot 1, munmapRet -1!"), 1U);
     openSession();
     recorder().DoneDataForLivePhoto(3);
     recorder().DoneDataForLivePhoto(4);
-    EXPECT_EQ(allFrames(), Frames{0}) << "no number either: no writer was bound";
+    EXPECT_EQ(allFrames(), Frames{3});
 }
 
 TEST_F(LivePhotoTest, CallbackStaysUntilReplaced_AlsoFromWithin) {
     openListening();
     recorder().RegisterCamDataCb(nullptr);
-    EXPECT_EQ(post(openBuffer(kPage), requestFor(0, 9, 0)), "1 shot 1");
-    EXPECT_EQ(countLogged("returnState 1, id shot 1, munmapRet -1!", 3), 1U) << "nothing to copy";
+    EXPECT_EQ(post(openBuffer(kPage), requestFor(0, 9, kPage)), "1 shot 1");
     int calls = 0;
     recorder().RegisterCamDataCb([this, &calls](uint32_t, const std::string&) {
         recorder().RegisterCamDataCb([&calls](uint32_t, const std::string&) { calls += 10; });
@@ -214,13 +201,6 @@ int memory(off_t size) {
     return fd;
 }
 
-int writingEnd() {
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    close(ends[0]);
-    return ends[1];
-}
-
 // Every kind of descriptor, with two records (two pages) to post.
 TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
     struct Row {
@@ -236,16 +216,12 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
             {"memory shorter within the page", memory(4097), 3 * kPage, "1 shot 1", 0},
             {"memory shorter", memory(4096), 3 * kPage, "0 shot 1", 0},
             {"memory empty", memory(0), 3 * kPage, "0 shot 1", 0},
-            {"memory longer", memory(99999), 3 * kPage, "1 shot 1", 0},
             {"request too small", memory(99999), 2 * kPage - 1, "0 shot 1", 0},
             {"request of nothing", memory(99999), 0, "0 shot 1", -1},
             {"request of four gigabytes", memory(8192), UINT32_MAX, "1 shot 1", 0},
             {"read-only", openBuffer(2 * kPage, O_RDONLY), 3 * kPage, "0 shot 1", -1},
-            {"write-only", openBuffer(2 * kPage, O_WRONLY), 3 * kPage, "0 shot 1", -1},
-            {"folder", open("/", O_RDONLY), 3 * kPage, "0 shot 1", -1},
             {"zeros", open("/dev/zero", O_RDWR), 3 * kPage, "0 shot 1", 0},
-            {"pipe", writingEnd(), 3 * kPage, "0 shot 1", -1},
-            {"socket", socket(AF_UNIX, SOCK_STREAM, 0), 3 * kPage, "0 shot 1", -1},
+            {"no file", eventfd(0, 0), 3 * kPage, "0 shot 1", -1},
             {"closed", -1, 3 * kPage, "none", 0},
     };
     openListening();
@@ -258,10 +234,9 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
         EXPECT_EQ(post(row.fd, requestFor(0, 9, row.bufferSize)), row.reply);
         EXPECT_EQ(lseek(twin, 0, SEEK_CUR), position);
         close(twin);
-        const Lines refusal = logged(
-                "apk apply size:" + std::to_string(row.bufferSize) + ", postQueue need size:8192!",
-                6);
-        EXPECT_EQ(refusal.size(), row.reply[0] == '0' ? 1U : 0U);
+        EXPECT_EQ(countLogged("apk apply size:" + std::to_string(row.bufferSize) +
+                              ", postQueue need size:8192!"),
+                  row.reply[0] == '0' ? 1U : 0U);
         EXPECT_EQ(countLogged("munmapRet " + std::to_string(row.munmapRet) + "!"),
                   row.reply[0] == 'n' ? 0U : 1U);
         EXPECT_EQ(allFrames(), (Frames{1, 2})) << "the records stay queued";

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -11,6 +12,7 @@
 #include "platform/host/ClockControl.h"
 #include "platform/host/DeviceControl.h"
 #include "platform/host/FileControl.h"
+#include "platform/host/LogControl.h"
 #include "platform/host/MonitoringService.h"
 #include "platform/host/PropertyControl.h"
 #include "platform/host/SyncControl.h"
@@ -190,41 +192,37 @@ void RecorderTest::layFile(const std::string& devicePath, const std::string& con
     std::ofstream(onHost(devicePath), std::ios::binary) << content;
 }
 
-std::string RecorderTest::readFile(const fs::path& path) const {
+std::string RecorderTest::readFile(const std::string& devicePath) const {
     std::ostringstream content;
-    content << std::ifstream(path, std::ios::binary).rdbuf();
+    content << std::ifstream(onHost(devicePath), std::ios::binary).rdbuf();
     return content.str();
 }
 
-std::vector<std::string> RecorderTest::filesIn(const std::string& deviceFolder) const {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(onHost(deviceFolder), error)) {
-        names.push_back(entry.path().filename());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-std::vector<std::string> RecorderTest::lossFiles() const {
+std::map<std::string, std::string> RecorderTest::files(const char* deviceFolder) const {
     host::waitForThreadPool();
-    return filesIn(kLossFolder);
+    std::map<std::string, std::string> contents;
+    for (const auto& entry : fs::directory_iterator(onHost(deviceFolder))) {
+        const std::string name = entry.path().filename();
+        contents[name] =
+                entry.is_regular_file() ? readFile(deviceFolder + ('/' + name)) : std::string();
+    }
+    return contents;
 }
 
 std::string RecorderTest::dumps(const char* deviceFolder) const {
-    host::waitForThreadPool();
     std::string text;
-    for (const std::string& name : filesIn(deviceFolder)) {
-        const std::string content = readFile(onHost(deviceFolder) / name);
-        const bool isBin = name.back() == 'n';
-        EXPECT_TRUE(!isBin || content.size() % kFrameRecordSize == 0) << name;
+    for (const auto& [name, content] : files(deviceFolder)) {
         std::vector<uint32_t> frames;
-        for (size_t at = 0; at < content.size();) {
-            const char* record = &content[at];
-            frames.push_back(isBin ? frameNumberOf(record)
-                                   : static_cast<uint32_t>(std::atoll(record)));
-            at = isBin ? at + kFrameRecordSize
-                       : std::min(content.find('\n', at), content.size()) + 1;
+        if (deviceFolder == kBinFolder) {
+            EXPECT_EQ(content.size() % kFrameRecordSize, 0U) << name;
+            for (size_t at = 0; at < content.size(); at += kFrameRecordSize) {
+                frames.push_back(frameNumberOf(&content[at]));
+            }
+        } else {
+            std::istringstream lines(content);
+            for (std::string line; std::getline(lines, line);) {
+                frames.push_back(static_cast<uint32_t>(std::atoll(line.c_str())));
+            }
         }
         text += text.empty() ? "" : "; ";
         text += std::to_string(std::atoi(&name[name.rfind('_') + 1])) + ":" + ranges(frames);
@@ -239,27 +237,23 @@ void RecorderTest::removeDumps() const {
     }
 }
 
-std::vector<std::string> RecorderTest::binFiles() const {
-    return filesIn(kBinFolder);
-}
-
-std::string RecorderTest::readBinFile(const std::string& name) const {
-    return readFile(onHost(kBinFolder) / name);
-}
-
-std::vector<std::string> RecorderTest::logged(const std::string& part, int priority) {
-    std::vector<std::string> texts;
-    for (const host::LogLine& line : host::capturedLog()) {
-        if (line.text.find(part) != std::string::npos &&
-            (priority == 0 || line.priority == priority)) {
-            texts.push_back(line.text);
+Lines RecorderTest::transcript(const std::string& part) {
+    static const std::regex lineNumber("<(\\d+)>");
+    Lines lines;
+    for (const host::LogLine& logged : host::capturedLog()) {
+        const std::string tag = logged.tag == "VDRPERF" ? "" : "(" + logged.tag + ") ";
+        std::string line =
+                std::string(1, "??VDIWEF"[logged.priority & 7]) + " " + tag + logged.text;
+        if (line.find(part) == std::string::npos) {
+            continue;
         }
+        // The monitoring service's convention repeats the number in the text.
+        if (std::smatch number; std::regex_search(line, number, lineNumber)) {
+            line = std::regex_replace(line, std::regex("([<:])" + number.str(1) + "\\b"), "$1LINE");
+        }
+        lines.push_back(line);
     }
-    return texts;
-}
-
-size_t RecorderTest::countLogged(const std::string& part, int priority) {
-    return logged(part, priority).size();
+    return lines;
 }
 
 void RecorderTest::forgetLog() {

@@ -5,17 +5,18 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "platform/SyncManager.h"
-#include "platform/host/LogControl.h"
 #include "recorder/ZkaVideoDataRecoderImpl.h"
 #include "records/frameData.h"
 #include "tests/SleepGate.h"
 
 namespace zk::test {
+
+using Lines = std::vector<std::string>;
 
 // A device in a temporary folder with a recorder on it, and the words in which tests tell what
 // happens there. The clock stands at kNow until moved; the sampler sleeps until woken; the log is
@@ -82,28 +83,25 @@ protected:
     // Where a path of the device lies.
     std::filesystem::path onHost(const std::string& devicePath) const;
     void layFile(const std::string& devicePath, const std::string& content) const;
-    std::string readFile(const std::filesystem::path& path) const;
-    // Names of the frame-loss text files, after the worker pool has come to rest, and of the
-    // binary dump files, sorted.
-    std::vector<std::string> lossFiles() const;
-    std::vector<std::string> binFiles() const;
-    std::string readBinFile(const std::string& name) const;
+    std::string readFile(const std::string& devicePath) const;
+    // Contents of the files in a folder by their names, after the worker pool has come to rest.
+    // A link to a device counts as empty.
+    std::map<std::string, std::string> files(const char* deviceFolder) const;
     // What the files of one kind hold, by the number that ends their names:
     // "41: 11-40 42-50; 100: 70-99".
     std::string dumps(const char* deviceFolder) const;
     // Empties both folders.
     void removeDumps() const;
 
-    // Texts logged so far at `priority` (3 to 6; 0: any) that contain `part`.
-    static std::vector<std::string> logged(const std::string& part, int priority = 0);
-    static size_t countLogged(const std::string& part, int priority = 0);
+    // The lines logged so far that contain `part`, whole: "I function<LINE>: text" under the
+    // recorder's tag, with the priority's letter in front. LINE stands for the source line.
+    static Lines transcript(const std::string& part);
+    static size_t countLogged(const std::string& part) { return transcript(part).size(); }
     static void forgetLog();
 
     SleepGate mSleep;
 
 private:
-    std::vector<std::string> filesIn(const std::string& deviceFolder) const;
-
     uint64_t mLosses = 0;
     std::filesystem::path mRoot;
     std::unique_ptr<ZkaVideoDataRecoderImpl> mRecorder;

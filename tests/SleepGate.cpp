@@ -7,7 +7,7 @@
 namespace zk::test {
 
 SleepGate::SleepGate() {
-    host::setSleepHandler([this](uint32_t microseconds) { sleep(microseconds); });
+    host::setSleepHandler([this](uint32_t /*microseconds*/) { sleep(); });
 }
 
 SleepGate::~SleepGate() {
@@ -15,9 +15,8 @@ SleepGate::~SleepGate() {
     host::setSleepHandler(nullptr);
 }
 
-void SleepGate::sleep(uint32_t microseconds) {
+void SleepGate::sleep() {
     std::unique_lock lock(mMutex);
-    mLastSleep = microseconds;
     const int mine = ++mSleeps;
     mChanged.notify_all();
     mChanged.wait(lock, [&] { return mOpen || mWakes >= mine; });
@@ -43,11 +42,6 @@ void SleepGate::open() {
 void SleepGate::close() {
     const std::lock_guard guard(mMutex);
     mOpen = false;
-}
-
-uint32_t SleepGate::lastSleepMicroseconds() {
-    const std::lock_guard guard(mMutex);
-    return mLastSleep;
 }
 
 }  // namespace zk::test

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <cstdint>
 #include <mutex>
 
 namespace zk::test {
@@ -20,17 +19,15 @@ public:
     void wakeSleeper();
     void open();
     void close();
-    uint32_t lastSleepMicroseconds();
 
 private:
-    void sleep(uint32_t microseconds);
+    void sleep();
 
     std::mutex mMutex;
     std::condition_variable mChanged;
     int mSleeps = 0;
     int mWakes = 0;
     bool mOpen = false;
-    uint32_t mLastSleep = 0;
 };
 
 }  // namespace zk::test

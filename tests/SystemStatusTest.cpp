@@ -1,23 +1,16 @@
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstring>
 #include <filesystem>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "platform/host/ClockControl.h"
 #include "platform/host/DeviceControl.h"
-#include "platform/host/FileControl.h"
 #include "sysstatus/SysStatusCollection.h"
-#include "tests/LogTranscript.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
@@ -49,7 +42,6 @@ constexpr std::array<IntegerFile, 12> kIntegerFiles = {{
 constexpr const char* kCpu0 = kIntegerFiles[0].path;
 constexpr char kMemInfo[] = "/proc/meminfo";
 constexpr char kLoadAvg[] = "/proc/loadavg";
-constexpr char kStat[] = "/proc/stat";
 constexpr char kGpuBusy[] = "/sys/class/kgsl/kgsl-3d0/gpu_busy_percentage";
 
 std::string bytesOf(const SysStatusCollection& snapshot) {
@@ -105,12 +97,7 @@ protected:
     // `total` clock ticks of all processors, of which this process has had `process`; every
     // counter has a share.
     void layTimes(uint64_t total, uint64_t process, const char* command = "(camera)") const {
-        std::string processors = "cpu ";
-        for (uint64_t i = 1; i < 10; ++i, total -= i) {
-            processors += " " + to_string(i + 1);
-        }
-        layFile(kStat, processors + " " + to_string(total - 9) + "\ncpu0 1 2 3\n" +
-                               std::string(9000, 'x'));
+        layFile("/proc/stat", "cpu  1 2 3 4 5 6 7 8 9 " + to_string(total - 45) + "\ncpu0 1 2\n");
         layFile("/proc/" + to_string(getpid()) + "/stat",
                 "4711 " + std::string(command) + " S 1 2 3 -1 -1 4194560 90000 80000 7 6 " +
                         to_string(process - 6) + " 1 2 3 20 0 99 0 555555 1000000\n");
@@ -149,7 +136,6 @@ TEST_F(SystemStatusTest, EveryCycleReadsEveryFileAfresh) {
         number == "1" ? startSampling() : nextCycle();
         EXPECT_EQ(bytesOf(status()), bytesOf(expected)) << number;
     }
-    EXPECT_EQ(mSleep.lastSleepMicroseconds(), 1000000U);
 }
 
 TEST_F(SystemStatusTest, FileThatDoesNotScan_KeepsItsLastValueAndIsReadNoMoreOrAgain) {
@@ -162,23 +148,12 @@ TEST_F(SystemStatusTest, FileThatDoesNotScan_KeepsItsLastValueAndIsReadNoMoreOrA
     const Row rows[] = {
             {"text, then a number", kCpu0, {"5\n", "none\n", "1804800\n", "7\n"}, {5, 5, 5, 5}},
             {"empty, then a number", kCpu0, {"5\n", "", "6\n", "7\n"}, {5, 5, 5, 5}},
-            {"blank line", kCpu0, {"5\n", "\n", " \t\n", "6\n"}, {5, 0, 0, 6}},
-            {"number with a unit", kCpu0, {"41 C\n", "-42C\n", "+43", " 44\n"}, {41, -42, 43, 44}},
-            {"only the first line", kCpu0, {"1\n2\n", "\n3\n", "4\nx\n", "5\n"}, {1, 0, 4, 5}},
+            {"blank line, one with a unit", kCpu0, {"5\n", "\n", " \t\n", "-6 C\n"}, {5, 0, 0, -6}},
             {"busy", kGpuBusy, {"37 %\n", "38\n", "39%\n", "65537 %\n"}, {37, 38, 39, 1}},
             {"load becomes text", kLoadAvg, {"3 2 1\n", "n/a\n", "4 4 4\n"}, {3, 3, 3, 3}},
             // Free memory in tens, available in ones: their lines are needed, in order.
             {"no MemAvailable", kMemInfo, {"MemFree: 7 kB\nBuffers: 1 kB\n"}, {70, 0, 0, 0}},
-            {"no MemFree", kMemInfo, {"MemAvailable: 9 kB\n"}, {9, 9, 9, 9}},
             {"MemFree behind", kMemInfo, {"MemAvailable: 9 kB\nMemFree: 7 kB\n"}, {9, 9, 9, 9}},
-            {"empty", kMemInfo, {""}, {0, 0, 0, 0}},
-    };
-    const auto reading = [this](const std::string& path) -> int64_t {
-        const SysStatusCollection now = status();
-        return path == kCpu0      ? now.cpu0Freq
-               : path == kGpuBusy ? now.gpuBusy
-               : path == kLoadAvg ? static_cast<int64_t>(now.loadAvg1)
-                                  : now.memFree * 10 + now.memAvailable;
     };
     for (const Row& row : rows) {
         for (size_t cycle = 0; cycle < 4; ++cycle) {
@@ -186,11 +161,16 @@ TEST_F(SystemStatusTest, FileThatDoesNotScan_KeepsItsLastValueAndIsReadNoMoreOrA
                 layFile(row.path, row.content[cycle]);
             }
             cycle == 0 ? startSampling() : nextCycle();
-            EXPECT_EQ(reading(row.path), row.expected[cycle]) << row.name << ", cycle " << cycle;
+            const SysStatusCollection now = status();
+            const int64_t reading = row.path == kCpu0      ? now.cpu0Freq
+                                    : row.path == kGpuBusy ? now.gpuBusy
+                                    : row.path == kLoadAvg ? static_cast<int64_t>(now.loadAvg1)
+                                                           : now.memFree * 10 + now.memAvailable;
+            EXPECT_EQ(reading, row.expected[cycle]) << row.name << ", cycle " << cycle;
         }
         stopSampling();
     }
-    EXPECT_EQ(countLogged("", 5) + countLogged("", 6), 0U);
+    EXPECT_EQ(countLogged("W ") + countLogged("E "), 0U);
 }
 
 TEST_F(SystemStatusTest, UsageIsTheProcessShareOfTheMachineSinceItLastGrew) {
@@ -203,14 +183,12 @@ TEST_F(SystemStatusTest, UsageIsTheProcessShareOfTheMachineSinceItLastGrew) {
     };
     const Row rows[] = {
             {"first cycle", 1000, 100, 0},
-            {"a quarter", 2000, 350, 25},
-            {"idle: stays", 3000, 350, 25},
-            {"interval spans the idle cycle", 4000, 650, 15},
-            {"machine stands: stays", 4000, 700, 15},
-            {"truncates", 5000, 669, 1},
-            {"blank in the command's name: no times", 6000, 2669, 1, "(my camera)"},
-            {"backwards: stays", 100, 50, 1},
-            {"low 16 bits", 6000, 669 + 700000, 70000 & 0xFFFF},
+            {"idle: stays", 2000, 100, 0},
+            {"interval spans the idle cycle", 3000, 350, 12},
+            {"machine stands: stays", 3000, 700, 12},
+            {"blank in the command's name: times as before", 4000, 2669, 35, "(my camera)"},
+            {"backwards: stays", 100, 50, 35},
+            {"low 16 bits", 5000, 700 + 700000, 70000 & 0xFFFF},
     };
     layTimes(rows[0].total, rows[0].process);
     startSampling();
@@ -231,7 +209,7 @@ TEST_F(SystemStatusTest, DeviceWithoutFilesOrObserver_PublishesZerosAndLogsNothi
     SysStatusCollection expected{};
     expected.sceneMode = 4464;  // the low 16 bits
     EXPECT_EQ(bytesOf(status()), bytesOf(expected));
-    EXPECT_EQ(countLogged("", 5) + countLogged("", 6), 0U);
+    EXPECT_EQ(countLogged("W ") + countLogged("E "), 0U);
 }
 
 TEST_F(SystemStatusTest, OneTaskRunsFromStartToStop) {
@@ -266,56 +244,36 @@ TEST_F(SystemStatusTest, OneTaskRunsFromStartToStop) {
             "D SystemStatusUnInit<LINE>: VDR::SystemStatusUnInit, prepare to quit thread task, "
             "mSysStatusInited=0!";
     EXPECT_EQ(transcript("ystemStatus"),
-              (std::vector<std::string>{
-                      start, stop,
-                      prefix + "async task still alive, do not create task, mThreadStatus=1!", stop,
-                      "D SystemStatusProcess<LINE>: VDR::systemStatusProcess, quit async task, "
-                      "mSysStatusInited=0!",
-                      start}));
+              (Lines{start, stop,
+                     prefix + "async task still alive, do not create task, mThreadStatus=1!", stop,
+                     "D SystemStatusProcess<LINE>: VDR::systemStatusProcess, quit async task, "
+                     "mSysStatusInited=0!",
+                     start}));
 }
 
-// Sessions that two threads open and close.
-class SystemRoundsTest : public SystemStatusTest {
-protected:
-    SystemRoundsTest() {
-        mSleep.open();
-        layFile(kLoadAvg, "1.0 1.0 1.0\n");
-        recorder();
-    }
-    bool isSampling() {
-        return eventually([this] { return status().loadAvg1 > 0; });
-    }
-    static void playTwice(const std::function<void(int)>& play) {
+// Two threads open and close sessions, by turns and then at once.
+TEST_F(SystemStatusTest, SessionsOfTwoThreads_NeverLoseTheSamplerNorHaveTwo) {
+    mSleep.open();
+    layFile(kLoadAvg, "1.0 1.0 1.0\n");
+    recorder();
+    const auto expectSampling = [this] {
+        openSession();
+        EXPECT_TRUE(eventually([this] { return status().loadAvg1 > 0; }));
+        EXPECT_EQ(host::openCaptureCounters(), 1);
+        closeSession();
+    };
+    const auto playTwice = [](const std::function<void(int)>& play) {
         std::thread other(play, 1);
         play(0);
         other.join();
-    }
-};
-
-TEST_F(SystemRoundsTest, OfTwoAlternatingThreads_SampleAgainEveryTime) {
-    std::mutex mutex;
-    std::condition_variable turned;
-    int round = 0;
+    };
+    std::atomic<int> turn{0};
     playTwice([&](int player) {
-        std::unique_lock lock(mutex);
-        for (int mine = player; mine < 1000; mine += 2) {
-            turned.wait(lock, [&] { return round == mine; });
-            openSession(mine);
-            EXPECT_TRUE(isSampling()) << "round " << mine;
-            EXPECT_EQ(host::openCaptureCounters(), 1);
-            closeSession();
-            ++round;
-            turned.notify_one();
-        }
-    });
-}
-
-TEST_F(SystemRoundsTest, OfTwoThreadsAtOnce_NeverLoseTheSampler) {
-    std::atomic<bool> isOver{false};
-    int mostTasks = 0;
-    std::thread watch([&] {
-        for (; !isOver; std::this_thread::yield()) {
-            mostTasks = std::max(mostTasks, host::openCaptureCounters());
+        for (int mine = player; mine < 1000; mine += 2, ++turn) {
+            while (turn != mine) {
+                std::this_thread::yield();
+            }
+            expectSampling();
         }
     });
     for (int i = 0; i < 10; ++i) {
@@ -325,13 +283,8 @@ TEST_F(SystemRoundsTest, OfTwoThreadsAtOnce_NeverLoseTheSampler) {
                 closeSession();
             }
         });
-        openSession();
-        EXPECT_TRUE(isSampling()) << i;
-        closeSession();
+        expectSampling();
     }
-    isOver = true;
-    watch.join();
-    EXPECT_EQ(mostTasks, 1);
     openSession();
     destroyRecorder();
     EXPECT_EQ(host::openCaptureCounters(), 0) << "nor has the sampler survived";

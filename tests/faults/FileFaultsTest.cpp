@@ -37,9 +37,11 @@ protected:
     static size_t beginOfAppend(size_t nth) { return (nth - 1) * kPair; }
     static size_t sizeOfAppend(size_t nth) { return nth < kAppends ? kPair : kFrameRecordSize; }
 
-    // How the messages about the files begin.
-    const std::string mBinError = "VDR::saveDataToBinFile, " + binFile();
-    const std::string mTextError = "VDR::writeTxtForPreviewFrameLost, " + textFile();
+    // The files, and how the messages about them begin.
+    const std::string mBinPath = kBinFolder + ('/' + binFile());
+    const std::string mTextPath = kLossFolder + ('/' + textFile());
+    const std::string mBinError = "VDR::saveDataToBinFile, " + mBinPath;
+    const std::string mTextError = "VDR::writeTxtForPreviewFrameLost, " + mTextPath;
 };
 
 TEST_F(FileFaultsTest, NothingFails_EverythingIsThere) {
@@ -100,19 +102,12 @@ TEST_F(FileFaultsTest, CloseOrModeThatFails_CostsNothing) {
 
 TEST_F(FileFaultsTest, FullDisk_CostsTheContentsAndIsTold) {
     freshDevice();
-    std::filesystem::create_symlink("/dev/full", onHost(binFile()));
-    std::filesystem::create_symlink("/dev/full", onHost(textFile()));
+    std::filesystem::create_symlink("/dev/full", onHost(mBinPath));
+    std::filesystem::create_symlink("/dev/full", onHost(mTextPath));
     host::failFileCall(FileCall::kChangeMode, 1);  // the device keeps its mode
     Outcome onFullDisk = playSession();
-    const auto told = [errors = onFullDisk["errors"]](const std::string& error) {
-        size_t count = 0;
-        for (size_t at = 0; (at = errors.find(error, at)) != std::string::npos; ++at) {
-            ++count;
-        }
-        return count;
-    };
-    EXPECT_EQ(told(mBinError + " write fail"), kAppends);
-    EXPECT_GT(told(mTextError + " write fail"), 0U);
+    EXPECT_NE(onFullDisk["errors"].find(mBinError + " write fail"), std::string::npos);
+    EXPECT_NE(onFullDisk["errors"].find(mTextError + " write fail"), std::string::npos);
     for (const char* hurt : {"errors", "bin", "text"}) {
         onFullDisk[hurt] = mWhole[hurt];
     }

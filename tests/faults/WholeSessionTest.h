@@ -10,9 +10,9 @@
 #include <optional>
 #include <string>
 
-#include "platform/Log.h"
 #include "platform/host/ClockControl.h"
 #include "platform/host/SyncControl.h"
+#include "platform/host/ThreadPoolControl.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
@@ -51,9 +51,9 @@ protected:
         mDay = 14;
     }
 
-    // Paths on the device of the next session's files.
-    std::string binFile() const { return kBinFolder + fileName(".bin"); }
-    std::string textFile() const { return kLossFolder + fileName("_00000015.txt"); }
+    // Names of the next session's files.
+    std::string binFile() const { return fileName() + ".bin"; }
+    std::string textFile() const { return fileName() + "_00000015.txt"; }
 
     Outcome playSession() {
         const uint64_t now = kNow + (mDay - 14) * 86400000000U;
@@ -64,17 +64,17 @@ protected:
         completeFrames(1, kLostFrame - 5);
         announceLoss(kLostFrame, now);
         completeFrames(kLostFrame - 4, kDumpingFrame);
-        lossFiles();  // the writer has ended
+        host::waitForThreadPool();  // the writer has ended
         completeFrames(kDumpingFrame + 1, kPhotoFrame - 1);
         Outcome outcome;
         outcome["livePhoto"] = takeLivePhoto();
         closeSession();
         outcome["settlement"] = settlement(now);
-        outcome["bin"] = contentOf(binFile());
-        outcome["text"] = contentOf(textFile());
-        outcome["files"] = std::to_string(binFiles().size() + lossFiles().size());
+        outcome["bin"] = files(kBinFolder)[binFile()];
+        outcome["text"] = files(kLossFolder)[textFile()];
+        outcome["files"] = std::to_string(files(kBinFolder).size() + files(kLossFolder).size());
         std::string& errors = outcome["errors"];
-        for (const std::string& error : logged("", kLogError)) {
+        for (const std::string& error : transcript("E ")) {
             errors += error.substr(std::min(error.find("VDR::"), error.size())) + '\n';
         }
         using Entries = std::filesystem::directory_iterator;
@@ -96,14 +96,7 @@ protected:
     Outcome mWhole;  // of a session without a fault
 
 private:
-    std::string fileName(const char* end) const {
-        return "/VIDEO_DEBUG_202311" + std::to_string(mDay) + "_221320" + end;
-    }
-
-    // Nothing where a link leads to a device.
-    std::string contentOf(const std::string& path) const {
-        return std::filesystem::is_regular_file(onHost(path)) ? readFile(onHost(path)) : "";
-    }
+    std::string fileName() const { return "VIDEO_DEBUG_202311" + std::to_string(mDay) + "_221320"; }
 
     // The reply, and what is in the buffer.
     std::string takeLivePhoto() {

@@ -23,7 +23,7 @@ int main() {
     }
     static std::atomic<bool> isAsleep{false};
     zk::host::setSleepHandler([](uint32_t microseconds) {
-        isAsleep = true;
+        isAsleep = microseconds == 1000000;  // one second, or else this never ends by itself
         usleep(microseconds);
     });
     zk::IVideoDataRecoder* recorder = reinterpret_cast<zk::IVideoDataRecoder* (*)()>(symbol)();
