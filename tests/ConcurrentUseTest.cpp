@@ -1,6 +1,3 @@
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <functional>
 #include <set>
@@ -80,8 +77,6 @@ TEST_F(ConcurrentUseTest, AllOperationsAtOnce_LeaveEveryRecordWholeAndLoseNoBloc
     constexpr uint32_t kPipelines = 3;
     switchRecordingOn();
     openSession();
-    const int fd = memfd_create("live-photo", 0);
-    ASSERT_EQ(ftruncate(fd, 180 * kFrameRecordSize), 0);
     std::atomic<uint32_t> pipelinesLeft{kPipelines};
     runTogether(kPipelines + 2, [&](uint32_t thread) {
         if (thread < kPipelines) {
@@ -106,11 +101,10 @@ TEST_F(ConcurrentUseTest, AllOperationsAtOnce_LeaveEveryRecordWholeAndLoseNoBloc
                 announceLoss(loss, kNow + loss);
                 ++loss;
                 recorder().RegisterCamDataCb([](uint32_t, const std::string&) {});
-                recorder().PostDataForLivePhoto(fd, R"({"endFrame":9999,"bufferSize":737280})");
+                takeLivePhoto(0, 9999, 180 * kFrameRecordSize);
             } while (pipelinesLeft > 0);
         }
     });
-    close(fd);
     closeSession();
     std::set<uint32_t> frames;
     for (const auto& [name, content] : files(kBinFolder)) {

@@ -1,5 +1,8 @@
 #include "tests/RecorderTest.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -181,6 +184,18 @@ void RecorderTest::play(const std::string& script) {
                            static_cast<uint32_t>(std::stoul(word.substr(last))));
         }
     }
+}
+
+std::string RecorderTest::takeLivePhoto(uint32_t first, uint32_t last, size_t size) {
+    std::string buffer(size, '\0');
+    const int fd = memfd_create("buffer", MFD_CLOEXEC);
+    EXPECT_EQ(ftruncate(fd, static_cast<off_t>(size)), 0);
+    recorder().PostDataForLivePhoto(fd, R"({"id":"photo","startFrame":)" + std::to_string(first) +
+                                                R"(,"endFrame":)" + std::to_string(last) +
+                                                R"(,"bufferSize":)" + std::to_string(size) + "}");
+    EXPECT_EQ(pread(fd, buffer.data(), size, 0), static_cast<ssize_t>(size));
+    close(fd);
+    return buffer;
 }
 
 fs::path RecorderTest::onHost(const std::string& devicePath) const {

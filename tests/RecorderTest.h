@@ -80,6 +80,9 @@ protected:
     // "stop" are for the session, "pause" lets half a second pass.
     void play(const std::string& script);
 
+    // What a live photo of the frames from `first` to `last` leaves in a shared buffer of `size`.
+    std::string takeLivePhoto(uint32_t first, uint32_t last, size_t size);
+
     // Where a path of the device lies.
     std::filesystem::path onHost(const std::string& devicePath) const;
     void layFile(const std::string& devicePath, const std::string& content) const;

@@ -1,6 +1,4 @@
 #include <malloc.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -85,7 +83,9 @@ protected:
             thread.join();
             mSleep.wakeSleeper();
         }
-        checkRecords(livePhotos(), kFramesPerPhoto);
+        checkRecords(takeLivePhoto(0, UINT32_MAX - 1,
+                                   kFramesPerSession / kFramesPerPhoto * kFrameRecordSize),
+                     kFramesPerPhoto);
         host::waitForThreadPool();
         closeSession();
         ASSERT_EQ(files(kBinFolder).size(), 1U);
@@ -101,17 +101,6 @@ protected:
             EXPECT_TRUE(number >= mFirst && number <= lastFrame() && number % step == 0) << number;
             EXPECT_TRUE(frames.insert(number).second) << number;
         }
-    }
-
-    std::string livePhotos() {
-        std::string buffer(kFramesPerSession / kFramesPerPhoto * kFrameRecordSize, '\0');
-        const int fd = memfd_create("buffer", 0);
-        EXPECT_EQ(ftruncate(fd, static_cast<off_t>(buffer.size())), 0);
-        recorder().PostDataForLivePhoto(fd, R"({"endFrame":4294967294,"bufferSize":)" +
-                                                    std::to_string(buffer.size()) + "}");
-        EXPECT_EQ(pread(fd, buffer.data(), buffer.size(), 0), static_cast<ssize_t>(buffer.size()));
-        close(fd);
-        return buffer;
     }
 
     // A file for each loss. Frames are completed out of order, but only among those that are in the

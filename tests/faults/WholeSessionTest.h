@@ -1,8 +1,5 @@
 #pragma once
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
@@ -67,7 +64,7 @@ protected:
         host::waitForThreadPool();  // the writer has ended
         completeFrames(kDumpingFrame + 1, kPhotoFrame - 1);
         Outcome outcome;
-        outcome["livePhoto"] = takeLivePhoto();
+        outcome["livePhoto"] = takePhoto();
         closeSession();
         outcome["settlement"] = settlement(now);
         outcome["bin"] = files(kBinFolder)[binFile()];
@@ -99,7 +96,7 @@ private:
     std::string fileName() const { return "VIDEO_DEBUG_202311" + std::to_string(mDay) + "_221320"; }
 
     // The reply, and what is in the buffer.
-    std::string takeLivePhoto() {
+    std::string takePhoto() {
         std::string reply;
         recorder().RegisterCamDataCb([&reply](uint32_t, const std::string& text) { reply = text; });
         Frame photo = frame(kPhotoFrame);
@@ -107,14 +104,8 @@ private:
         photo.done();
         recorder().DoneDataForLivePhoto(kPhotoFrame);
         recorder().VDRReport(0);
-        const int fd = memfd_create("buffer", 0);
-        EXPECT_EQ(ftruncate(fd, kFrameRecordSize), 0);
-        recorder().PostDataForLivePhoto(
-                fd, R"({"id":"photo","startFrame":47,"endFrame":47,"bufferSize":4096})");
+        const std::string buffer = takeLivePhoto(kPhotoFrame, kPhotoFrame, kFrameRecordSize);
         recorder().RegisterCamDataCb([](uint32_t, const std::string&) {});
-        std::string buffer(kFrameRecordSize, '\0');
-        EXPECT_EQ(pread(fd, buffer.data(), buffer.size(), 0), ssize_t{kFrameRecordSize});
-        close(fd);
         return reply + buffer;
     }
 
