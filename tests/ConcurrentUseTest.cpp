@@ -121,12 +121,12 @@ TEST_F(ConcurrentUseTest, AllOperationsAtOnce_LeaveEveryRecordWholeAndLoseNoBloc
 
 TEST_F(ConcurrentUseTest, RecordingStartedAndEndedByAllThreadsAtOnce_StartsAndEndsOnce) {
     constexpr uint32_t kThreads = 4;
-    constexpr int kRounds = 500;
+    constexpr size_t kRounds = 500;
     recorder();
-    std::atomic<int> starts{0};
+    std::atomic<size_t> starts{0};
     std::atomic<uint32_t> arrivals{0};
     runTogether(kThreads, [&](uint32_t thread) {
-        for (int round = 0; round < kRounds; ++round) {
+        for (size_t round = 0; round < kRounds; ++round) {
             bool isMine = false;
             meet(arrivals, kThreads);
             recorder().markWritable(thread, isMine);
@@ -136,7 +136,7 @@ TEST_F(ConcurrentUseTest, RecordingStartedAndEndedByAllThreadsAtOnce_StartsAndEn
         }
     });
     EXPECT_EQ(starts, kRounds);
-    EXPECT_EQ(host::MonitoringService::instance().sentEvents().size(), size_t{kRounds});
+    EXPECT_EQ(host::MonitoringService::instance().sentEvents().size(), kRounds);
 }
 
 TEST_F(ConcurrentUseTest, ReportsThatRunIntoTheClose_LoseAndRepeatNoRecord) {

@@ -116,12 +116,10 @@ TEST_F(FrameContentTest, NothingToRender_IsLoggedAndAppendsNothing) {
     Destination line = textOf(4);
     makeFrameContent(3, record.data(), line.data());
     makeFrameContent(1, nullptr, line.data());
-    makeFrameContent(3, record.data(), nullptr);
+    makeFrameContent(1, record.data(), nullptr);
     EXPECT_EQ(line, textOf(4));
-    const std::string prefix = "makeFrameContent<LINE>: VDR::makeFrameContent, ";
-    const std::string noLevel = "I " + prefix + "VDR level not match any!";
-    const std::string noData = "E " + prefix + " srcData/destData is nullptr!";
-    EXPECT_EQ(transcript(""), (Lines{noLevel, noData, noData}));
+    EXPECT_EQ(countLogged("VDR level not match any!"), 1U);
+    EXPECT_EQ(countLogged("srcData/destData is nullptr!"), 2U);
 }
 
 }  // namespace

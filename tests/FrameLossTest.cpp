@@ -71,22 +71,5 @@ TEST_F(FrameLossTest, Losses_AreToldWhenDueWhenSharedAndWhenTheyOverflow) {
                      "E " + prefix + "frameDebugInfo is null!"}));
 }
 
-// An announcement that passed the limits just before an overflow may be queued just behind it.
-TEST_F(FrameLossTest, StopAfterAnOverflow_WritesNoFurtherFile) {
-    FrameLossHistory history(1, std::make_shared<LossAccounts>());
-    frameData frame{};
-    history.announce(41);
-    for (uint8_t number = 101; number <= 210; ++number) {
-        frame.bytes[0] = number;
-        history.frameLostProcess(&frame);
-        if (number == 205) {
-            history.announce(206);
-        }
-    }
-    history.dumpDataToFrameLostTxtFile();
-    EXPECT_EQ(files(kLossFolder).size(), 1U);
-    EXPECT_EQ(countLogged("flush now"), 0U);
-}
-
 }  // namespace
 }  // namespace zk::test

@@ -1,8 +1,6 @@
 #include "livephoto/LivePhotoRequest.h"
 
 #include <gtest/gtest.h>
-#include <json/reader.h>
-#include <json/value.h>
 
 #include <string>
 
@@ -44,19 +42,15 @@ TEST(LivePhotoRequestTest, UntrustedText_ReadsAsFarAsItCan) {
     const Text rows[] = {
             {"whole", R"({"id":"a","startFrame":1,"endFrame":4294967295,"bufferSize":4096})",
              "a 1 4294967295 4096"},
-            {"comments where they may be", "/*]*/{//}\n\"id\":/*{*/\"a\"}", kRead},
-            {"nothing", "", kEmpty},
+            {"no object", "7", kEmpty},
             {"id an array", R"({"id":["a"],"startFrame":1})", " 1 0 0"},
             {"out of range", R"({"startFrame":-1,"endFrame":4294967296,"bufferSize":1e30})",
              kEmpty},
-            {"fractions", R"({"startFrame":1.9,"endFrame":-0.5,"bufferSize":4294967295.5})",
-             " 1 0 0"},
             {"other types", R"({"startFrame":"1","endFrame":true,"bufferSize":[1]})", " 0 1 0"},
-            {"something behind", R"({"id":"a"} ]}[[)", kRead},
-            {"half", R"({"id":12,"startFrame":7,"endFrame":)", "12 7 0 0"},
+            {"half, with comments",
+             "{\"id\":/*{*/12,\"startFrame\":7//[\n,\"endFrame\":", "12 7 0 0"},
             {"NUL in a string", std::string(R"({"id":"a)") + '\0' + R"(b"})",
              std::string("a\0b 0 0 0", 9)},
-            {"no UTF-8", "{\"id\":\"\xff\xc3\"}", "\xff\xc3 0 0 0"},
     };
     for (const Text& row : rows) {
         EXPECT_EQ(parsed(row.json), row.expected) << row.name;
@@ -83,16 +77,6 @@ TEST(LivePhotoRequestTest, NestingBeyondTheParser_ReadsAsAnEmptyRequest) {
     };
     for (const Text& row : rows) {
         EXPECT_EQ(parsed(row.json), row.expected) << row.name;
-    }
-}
-
-TEST(LivePhotoRequestTest, ReplyHoldsWhateverTheIdWas) {
-    for (const std::string& id : {std::string("a\0\"}\n\\\xC3\xA4", 8), std::string(9999, '[')}) {
-        Json::Value reply;
-        ASSERT_TRUE(Json::Reader().parse(livePhotoReply(id, -1), reply)) << id;
-        EXPECT_EQ(reply["id"].asString(), id);
-        EXPECT_EQ(reply["state"].asInt(), -1);
-        EXPECT_EQ(reply.size(), 2U);
     }
 }
 

@@ -1,6 +1,5 @@
 #include "frameloss/FrameDropEvents.h"
 #include "platform/FrameDropNotification.h"
-#include "platform/SyncManager.h"
 #include "platform/host/ClockControl.h"
 #include "platform/host/MonitoringService.h"
 #include "platform/host/SyncControl.h"
@@ -125,16 +124,6 @@ TEST_F(MonitoringEventsTest, RepeatedAnnouncement_QueuesTheFrameUnlessItIsTheLas
     receive(77, 41 + (uint64_t{1} << 32));
     completeFrames(72, 75);
     EXPECT_EQ(countLogged("mFrameLostNumQueue>=2, 3, front=45 pop"), 1U) << "compared whole";
-}
-
-TEST_F(MonitoringEventsTest, AnnouncementWithSomebodyElsesPromise_HasNoAccount) {
-    openSession();
-    const auto taken = SyncManager::getInstance()->getPromise(kNow);
-    announceLoss(41);
-    completeFrames(31, 71);
-    EXPECT_EQ(files(kLossFolder).count("VIDEO_DEBUG_19700101_011134_00000041.txt"), 1U);
-    closeSession();
-    EXPECT_EQ(settlement(), "pending");
 }
 
 // Where a loss is refused, at the stop, and by the last writer.

@@ -76,40 +76,34 @@ protected:
 TEST_F(AllocationFaultsTest, BlockThatCannotBeMade_IsMissingAndNothingElse) {
     Outcome withError = mWhole;
     withError["errors"] = "VDR::failed to alloc VDR data buffer for write!\n";
-    refuseAllocations(0, 0, kFrameRecordSize);
-    recorder();
-    ASSERT_EQ(counted, 1 + kBlocks);
-    for (int nth = 2; nth <= 1 + kBlocks; ++nth) {
+    for (int nth = 2; nth <= 1 + kBlocks; ++nth) {  // the first is the staging buffer
         SCOPED_TRACE(nth);
         freshDevice();
         refuseAllocations(nth, nth, kFrameRecordSize);
         expectSame(playSession(), withError);
         EXPECT_EQ(room(), kBlocks - 1U);
-        closeSession();
-        EXPECT_EQ(countLogged("unInitialize(), mDataReadyPool.size()=79, "), 1U);
     }
 }
 
 TEST_F(AllocationFaultsTest, StagingBufferThatCannotBeMade_CostsTheRecordsOfTheDumpFile) {
     refuseAllocations(1, 1, kFrameRecordSize);
-    Outcome emptyDump = mWhole;
-    emptyDump["bin"].clear();
-    emptyDump["errors"] = "VDR::failed to alloc VDR bin file buffer!\n";
-    for (uint32_t i = 0; i < kFrames; ++i) {
-        emptyDump["errors"] += "VDR::dumpDataToBinFile, memcpy_s fail!\n";
-    }
-    expectSame(playSession(), emptyDump);
+    Outcome emptyDump = playSession();
+    const std::string errors = emptyDump["errors"];
+    EXPECT_EQ(errors.find("VDR::failed to alloc VDR bin file buffer!\n"), 0U);
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1 + kFrames);
+    EXPECT_EQ(emptyDump["bin"], "");
+    emptyDump["bin"] = mWhole["bin"];
+    emptyDump["errors"] = "";
+    expectSame(emptyDump, mWhole);
 }
 
 TEST_F(AllocationFaultsTest, NoMemoryAtAll_RecordsNothing) {
     refuseAllocations(1, INT_MAX, 0);
     Outcome outcome = playSession();
-    const std::string& errors = outcome["errors"];
-    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1 + kBlocks);
     EXPECT_EQ(outcome["bin"] + outcome["text"], "");
     EXPECT_EQ(outcome["files"], "2");
-    // The loss's only file is the uncounted one of the stop, which may be done before the account
-    // is looked at: whether the promise is settled depends on who is first.
+    // Whether the promise is settled depends on whether the uncounted file of the stop is done
+    // before the account is looked at.
     EXPECT_NE(outcome["settlement"], "limited");
     EXPECT_EQ(room(), 0U);
 }
