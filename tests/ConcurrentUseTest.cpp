@@ -32,19 +32,15 @@ protected:
     // written any more when the session ends. Everything else goes on meanwhile.
     std::shared_mutex mWriting;
 
-    void writeFields(uint32_t number) {
-        const std::shared_lock guard(mWriting);
-        frame(number).stamp();
-        bool writable = false;
-        recorder().markWritable(number, writable);
-        if (!writable) {
-            recorder().markUnWritable(number);
-        }
-    }
-
     void pushFrame(uint32_t number) {
         recorder().VDRProcessing(number);
-        writeFields(number);
+        {
+            const std::shared_lock guard(mWriting);
+            frame(number).stamp();
+            bool writable = false;
+            recorder().markWritable(number, writable);
+            recorder().markUnWritable(number);
+        }
         recorder().CacheDataForLivePhoto(number);
         recorder().WriteMaintainForLivePhoto(number, 0, &number);
         recorder().DoneDataForLivePhoto(number);
@@ -58,9 +54,7 @@ protected:
         MemoryAllocTimeoutInfo slow{};
         unsigned long chiFrame = number;
         uint8_t tag = 0;
-        doneCount();
         recorder().getMP4Writable(&answer);
-        recorder().getVDRStatus(&answer);
         recorder().checkPreviewAndVideoStatus(number, &answer);
         recorder().GetSystemStatus(status);
         recorder().SnapshotCountAddOne();
