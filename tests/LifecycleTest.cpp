@@ -37,7 +37,6 @@ const Opening kOpenings[] = {
         {"commercial, forced by any number", "6", "-2"},
         {"unsupported though forced", "6", "1", 0, "", kUnsupported},
         {"level 3", "", "", 1, "3", kUnknownLevel},
-        {"level 0", "", "", 1, "0", kUnknownLevel},
 };
 
 TEST_F(LifecycleTest, SwitchesAndLevel_DecideWhetherTheRecorderOpens) {
