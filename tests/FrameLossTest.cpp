@@ -69,5 +69,19 @@ TEST_F(FrameLossTest, Losses_AreToldWhenDueWhenSharedAndWhenTheyOverflow) {
                      "E " + prefix + "frameDebugInfo is null!"}));
 }
 
+// An announcement that passed the limits just before an overflow may be queued just behind it.
+TEST_F(FrameLossTest, StopAfterAnOverflow_WritesNoFurtherFile) {
+    FrameLossHistory history(1, std::make_shared<LossAccounts>());
+    frameData frame{};
+    frame.bytes[0] = 100;
+    history.announce(41);
+    for (int i = 0; i < 100; ++i) {
+        history.frameLostProcess(&frame);
+    }
+    history.announce(206);
+    history.dumpDataToFrameLostTxtFile();
+    EXPECT_EQ(files(kLossFolder).size(), 1U);
+}
+
 }  // namespace
 }  // namespace zk::test

@@ -271,6 +271,7 @@ TEST_F(SystemStatusTest, SessionsOfTwoThreads_NeverLoseTheSamplerNorHaveTwo) {
         playTwice([this](int /*player*/) {
             for (int round = 0; round < 100; ++round) {
                 openSession();
+                EXPECT_LE(host::openCaptureCounters(), 1);
                 closeSession();
             }
         });
