@@ -54,7 +54,8 @@ TEST_F(MonitoringEventsTest, PreviewAndVideo_AreReportedOnce_SubscribedOrNot) {
     openSession(-2);
     ASSERT_EQ(sent(), "16387 16386 16388 16387 ");
     const auto events = mService.sentEvents();
-    for (const auto& [event, stamp, scene] : {std::tuple(0, kNow, 3), {3, kNow + 1500000, -2}}) {
+    for (const auto& [event, stamp, scene] :
+         {std::tuple(size_t{0}, kNow, 3), {3, kNow + 1500000, -2}}) {
         const auto& start = static_cast<const ZkCamera::FrameDropPreviewStart&>(*events[event]);
         EXPECT_EQ(start.mTimeStamp, stamp);
         EXPECT_EQ(start.mSceneMode, scene);
