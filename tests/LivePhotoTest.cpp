@@ -3,6 +3,7 @@
 #include <json/value.h>
 #include <sys/eventfd.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <numeric>
@@ -214,6 +215,7 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
             {"read-only", openBuffer(2 * kPage, O_RDONLY), 3 * kPage, "0 shot 1", -1},
             {"zeros", open("/dev/zero", O_RDWR), 3 * kPage, "0 shot 1", 0},
             {"no file", eventfd(0, 0), 3 * kPage, "0 shot 1", -1},
+            {"socket", socket(AF_UNIX, SOCK_STREAM, 0), 3 * kPage, "0 shot 1", -1},
             {"closed", -1, 3 * kPage, "none", 0},
     };
     openListening();

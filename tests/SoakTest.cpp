@@ -7,10 +7,12 @@
 #include <sstream>
 #include <thread>
 
+#include "platform/CameraMemoryItemInfo.h"
 #include "platform/host/ClockControl.h"
 #include "platform/host/MonitoringService.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
+#include "registries/MemoryAllocTimeoutInfo.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
@@ -22,6 +24,9 @@ constexpr uint32_t kPipelineDepth = 16;  // frames in the pipeline; they leave i
 constexpr uint32_t kFramesPerDrop = 500;
 constexpr uint32_t kAhead = 100;
 constexpr uint32_t kFramesPerPhoto = 40;
+constexpr uint32_t kFramesPerSlowAllocation = 25;
+constexpr uint32_t kTagAllocation = 38;
+constexpr size_t kAllocationAt = 3945;
 constexpr uint64_t kDay = 86400000000;  // microseconds
 // Per session. A loss whose account another follows is never settled, so its account stays.
 constexpr size_t kBytesOfAccounts = 8 * 512;
@@ -40,7 +45,7 @@ size_t bytesInUse() {
 }
 
 // Camera sessions, one a day, of four pipeline threads that push frames through while drops are
-// announced a hundred frames ahead and live photos taken.
+// announced a hundred frames ahead, live photos taken and slow allocations recorded.
 class SoakTest : public RecorderTest {
 protected:
     uint32_t lastFrame() const { return mFirst + kFramesPerSession - 1; }
@@ -58,6 +63,12 @@ protected:
     void pushFrame(uint32_t number) {
         const bool isPhoto = number % kFramesPerPhoto == 0;
         Frame current = frame(number).stamp();
+        if (number % kFramesPerSlowAllocation == 0) {
+            recorder().SetMemAllocTimeOutInfo({"soak", 6000, 1, 4096});
+            MemoryAllocTimeoutInfo slow{};
+            recorder().GetMemAllocTimeOutInfo(slow);
+            current.write(kTagAllocation, slow);
+        }
         if (isPhoto) {
             recorder().CacheDataForLivePhoto(number);
         }
@@ -100,6 +111,8 @@ protected:
             const uint32_t number = checkStamps(&records[at]);
             EXPECT_TRUE(number >= mFirst && number <= lastFrame() && number % step == 0) << number;
             EXPECT_TRUE(frames.insert(number).second) << number;
+            EXPECT_STREQ(&records[at + kAllocationAt],
+                         number % kFramesPerSlowAllocation == 0 ? "soak" : "");
         }
     }
 
