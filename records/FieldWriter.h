@@ -34,7 +34,7 @@ inline bool refusesNull(const void* maintainData, const void* data, const char* 
 template <size_t kOffset, size_t kSize>
 void copyField(void* maintainData, const void* data) {
     static_assert(kOffset + kSize <= kFrameRecordSize, "a field lies within the record");
-    std::memmove(static_cast<uint8_t*>(maintainData) + kOffset, data, kSize);
+    std::memcpy(static_cast<uint8_t*>(maintainData) + kOffset, data, kSize);
 }
 
 // Appends one element; a full array drops it without a word, since the pipeline may offer more
@@ -48,7 +48,7 @@ void appendElement(void* maintainData, const void* data) {
     if (count > kSize / kElementSize - 1) {
         return;
     }
-    std::memmove(record + kOffset + count * kElementSize, data, kElementSize);
+    std::memcpy(record + kOffset + count * kElementSize, data, kElementSize);
     record[kCountOffset] = static_cast<uint8_t>(count + 1);
 }
 
