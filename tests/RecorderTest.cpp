@@ -216,7 +216,8 @@ std::string RecorderTest::readFile(const std::string& devicePath) const {
 std::map<std::string, std::string> RecorderTest::files(const char* deviceFolder) const {
     host::waitForThreadPool();
     std::map<std::string, std::string> contents;
-    for (const auto& entry : fs::directory_iterator(onHost(deviceFolder))) {
+    std::error_code missing;
+    for (const auto& entry : fs::directory_iterator(onHost(deviceFolder), missing)) {
         const std::string name = entry.path().filename();
         contents[name] =
                 entry.is_regular_file() ? readFile(deviceFolder + ('/' + name)) : std::string();
