@@ -132,8 +132,8 @@ TEST_F(FrameFlowTest, BadCalls_AreToldInOneLineOrNotAtAllAndWriteNothing) {
                      "E getVDRStatus<LINE>: VDR::getVDRStatus is nullptr!",
                      "E checkPreviewAndVideoStatus<LINE>: VDR::isPreviewOpen is nullptr!",
                      several + "tagId is wrong, tagId=40, frameNumber=9!",
-                     "E () write_memoryAllocTimeoutInfo<LINE>: VDR::maintainData == nullptr || "
-                     "data == nullptr!"}));
+                     ("E () write_memoryAllocTimeoutInfo<LINE>: VDR::maintainData == nullptr || "
+                      "data == nullptr!")}));
     r.VDRDone(7);
     r.VDRDone(9);
     EXPECT_EQ(oldestDone(), plainRecord(0, 0));

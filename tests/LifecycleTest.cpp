@@ -70,13 +70,13 @@ TEST_F(LifecycleTest, SessionFromLoadToUnload_IsToldStepByStep) {
     opening[2].resize(opening[2].find('=') + 1);  // an address follows
     const std::string initialize = "I initialize<LINE>: VDR::initialize";
     EXPECT_EQ(opening,
-              (Lines{"I ZkaVideoDataRecoderImpl<LINE>: VDR::construct ZkaVideoDataRecoderImpl, "
-                     "mPreviewRecordStatus=1, mVDRLevel=2, mVDRStatus=0, close VDR!",
+              (Lines{("I ZkaVideoDataRecoderImpl<LINE>: VDR::construct ZkaVideoDataRecoderImpl, "
+                      "mPreviewRecordStatus=1, mVDRLevel=2, mVDRStatus=0, close VDR!"),
                      initialize + ", open VDR(sceneMode:3)!",
                      initialize + " ZkaVideoDataRecoderImpl, vdr2::VDRData2::getName2FuncMap()=",
                      initialize + " ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=39!",
-                     "D SystemStatusInit<LINE>: VDR::systemStatusInit, start async task, "
-                     "mSysStatusInited=1, mThreadStatus=0!",
+                     ("D SystemStatusInit<LINE>: VDR::systemStatusInit, start async task, "
+                      "mSysStatusInited=1, mThreadStatus=0!"),
                      initialize + "(), mDataReadyPool.size()=77, mDataDonePool.size()=0, "
                                   "mDataProcessingPool.size()=3!"}));
     ASSERT_TRUE(mSleep.waitForSleep(1));
@@ -92,8 +92,8 @@ TEST_F(LifecycleTest, SessionFromLoadToUnload_IsToldStepByStep) {
     for (const char* part :
          {"saveDataToBinFile, ", "flush now, still write", "flush now, trigger promise!",
           "unInitialize send event failed", "VDR::SystemStatusUnInit, prepare to quit",
-          "I unInitialize<LINE>: VDR::unInitialize(), mDataReadyPool.size()=80, "
-          "mDataDonePool.size()=0, mDataProcessingPool.size()=0!",
+          ("I unInitialize<LINE>: VDR::unInitialize(), mDataReadyPool.size()=80, "
+           "mDataDonePool.size()=0, mDataProcessingPool.size()=0!"),
           "I ~ZkaVideoDataRecoderImpl<LINE>: VDR::deconstruct ZkaVideoDataRecoderImpl!"}) {
         at = std::find_if(at, told.end(), [part](const std::string& line) {
             return line.find(part) != std::string::npos;

@@ -237,11 +237,12 @@ std::string RecorderTest::dumps(const char* deviceFolder) const {
         } else {
             std::istringstream lines(content);
             for (std::string line; std::getline(lines, line);) {
-                frames.push_back(static_cast<uint32_t>(std::atoll(line.c_str())));
+                frames.push_back(static_cast<uint32_t>(std::strtoll(line.c_str(), nullptr, 10)));
             }
         }
         text += text.empty() ? "" : "; ";
-        text += std::to_string(std::atoi(&name[name.rfind('_') + 1])) + ":" + ranges(frames);
+        text += std::to_string(std::strtol(&name[name.rfind('_') + 1], nullptr, 10)) + ":" +
+                ranges(frames);
     }
     return text;
 }

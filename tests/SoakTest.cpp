@@ -29,7 +29,7 @@ constexpr uint32_t kTagAllocation = 38;
 constexpr size_t kAllocationAt = 3945;
 constexpr uint64_t kDay = 86400000000;  // microseconds
 // Per session. A loss whose account another follows is never settled, so its account stays.
-constexpr size_t kBytesOfAccounts = 8 * 512;
+constexpr size_t kBytesOfAccounts = size_t{8} * 512;
 // What the allocator holds back for each thread counts as in use.
 constexpr size_t kBytesOfThreads = 32768;
 

@@ -120,9 +120,11 @@ TEST_F(SystemStatusTest, EveryCycleReadsEveryFileAfresh) {
             layFile(file.path, to_string(value));
             std::memcpy(reinterpret_cast<char*>(&expected) + file.offset, &value, file.size);
         }
-        layFile(kMemInfo, "MemTotal: 99 kB\nMemFree: \t" + number + " kB\nMemAvailable: 1" +
-                                  number + " kB\n" + std::string(9000, '\n'));
-        layFile(kLoadAvg, number + ".5 0.25 2" + number + ".0 1/2 3\n");
+        std::string memInfo = "MemTotal: 99 kB\nMemFree: \t";
+        memInfo.append(number).append(" kB\nMemAvailable: 1").append(number).append(" kB\n");
+        layFile(kMemInfo, memInfo.append(9000, '\n'));
+        std::string loadAvg = number;
+        layFile(kLoadAvg, loadAvg.append(".5 0.25 2").append(number).append(".0 1/2 3\n"));
         layFile(kGpuBusy, number + " %\n");
         expected.loadAvg1 = static_cast<float>(scale) + 0.5F;
         expected.loadAvg5 = 0.25F;
