@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "recorder/SpinLock.h"
+#include "base/SpinLock.h"
 #include "records/frameData.h"
 
 namespace zk {

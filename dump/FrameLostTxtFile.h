@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/RingQueue.h"
 #include "dump/LossAccounts.h"
-#include "records/RingQueue.h"
 #include "records/frameData.h"
 
 namespace zk {

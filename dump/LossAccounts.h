@@ -6,8 +6,8 @@
 #include <optional>
 #include <unordered_map>
 
+#include "base/SpinLock.h"
 #include "platform/SyncManager.h"
-#include "recorder/SpinLock.h"
 
 namespace zk {
 

@@ -5,10 +5,10 @@
 #include <deque>
 #include <memory>
 
+#include "base/RingQueue.h"
+#include "base/SpinLock.h"
 #include "dump/FrameLostTxtFile.h"
 #include "dump/LossAccounts.h"
-#include "recorder/SpinLock.h"
-#include "records/RingQueue.h"
 #include "records/frameData.h"
 
 namespace zk {

@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "recorder/SpinLock.h"
+#include "base/RingQueue.h"
+#include "base/SpinLock.h"
 #include "records/FieldWriter.h"
-#include "records/RingQueue.h"
 #include "records/frameData.h"
 
 namespace zk {

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/RingQueue.h"
+#include "base/SpinLock.h"
 #include "recorder/FrameBlockMap.h"
-#include "recorder/SpinLock.h"
-#include "records/RingQueue.h"
 #include "records/frameData.h"
 
 namespace zk {

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "recorder/SpinLock.h"
+#include "base/SpinLock.h"
 #include "records/frameData.h"
 
 namespace zk {

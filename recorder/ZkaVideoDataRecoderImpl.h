@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/SpinLock.h"
 #include "dump/BinDumpFile.h"
 #include "dump/LossAccounts.h"
 #include "frameloss/FrameLossHistory.h"
@@ -16,7 +17,6 @@
 #include "platform/OrnEvent.h"
 #include "recorder/FrameRecordPool.h"
 #include "recorder/IVideoDataRecoder.h"
-#include "recorder/SpinLock.h"
 #include "recorder/VideoWindow.h"
 #include "records/FieldWriter.h"
 #include "registries/AllocTimeouts.h"

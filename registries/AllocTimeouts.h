@@ -2,8 +2,8 @@
 
 #include <deque>
 
+#include "base/SpinLock.h"
 #include "platform/CameraMemoryItemInfo.h"
-#include "recorder/SpinLock.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 
 namespace zk {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "recorder/SpinLock.h"
+#include "base/SpinLock.h"
 #include "registries/TakeOnceMap.h"
 
 namespace zk {

@@ -5,7 +5,7 @@
 #include <future>
 #include <thread>
 
-#include "recorder/SpinLock.h"
+#include "base/SpinLock.h"
 #include "sysstatus/SysStatusCollection.h"
 
 namespace zk {
