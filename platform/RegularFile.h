@@ -1,0 +1,16 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdio>
+
+// What both platforms make of a dump file.
+namespace zk::platform {
+
+// As openDumpFile() of Files.h, with a path of the machine.
+std::FILE* openRegularFile(const char* path, const char* mode);
+// As duplicate() and changeModeAndClose() there.
+int duplicateDescriptor(std::FILE* file);
+int changeDescriptorMode(int fd, mode_t mode);
+
+}  // namespace zk::platform
