@@ -10,10 +10,13 @@
 namespace zk::test {
 namespace {
 
-constexpr uint32_t kFrames = 64;  // numbers that collide and wrap around the table's end
+constexpr uint32_t kFrames = 64;
 
+// Numbers whose places lie close together around the table's end, so that entries move a lot.
 uint32_t numberOf(uint32_t frame) {
-    return frame % 2 == 0 ? frame : UINT32_MAX - frame * 256;
+    constexpr uint32_t kInverseGoldenRatio = 340573321;
+    const uint32_t place = (250 + frame % 8) & 0xFF;
+    return (place << 24 | frame) * kInverseGoldenRatio;
 }
 
 // How often a frame's entry was changed: odd while it is there. Its block is then a number that
