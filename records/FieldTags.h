@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "records/VDRData1.h"
+#include "records/VDRData1Layout.h"
 
 // Tags name the fields at the interface: writeMaintain(frame, zk::tag::zoomRatio, &zoom). They are
 // dense and follow the layout. Level 1 has every field there is; a level may lack some.
