@@ -24,7 +24,7 @@ struct Field {
 constexpr Field kFields[] = {VDR1_FIELDS(VDR_SCALAR_FIELD, VDR_ARRAY_FIELD)};
 #undef VDR_ARRAY_FIELD
 #undef VDR_SCALAR_FIELD
-static_assert(std::size(kFields) == zk::kTagCount, "one field per tag");
+static_assert(std::size(kFields) == zk::tag::kCount, "one field per tag");
 
 #define VDR_SAME_FIELD(field)                                                             \
     static_assert(offsetof(vdr1::VDRData1, field) == offsetof(vdr2::VDRData2, field) &&   \
@@ -36,7 +36,7 @@ VDR1_FIELDS(VDR_SAME_FIELD, VDR_SAME_ARRAY)
 #undef VDR_SAME_FIELD
 
 constexpr bool everyCountPrecedesItsList() {
-    for (uint32_t i = 1; i < zk::kTagCount; ++i) {
+    for (uint32_t i = 1; i < zk::tag::kCount; ++i) {
         if (kFields[i].elementSize != 0 && kFields[i].countOffset != kFields[i - 1].offset) {
             return false;
         }
@@ -46,7 +46,7 @@ constexpr bool everyCountPrecedesItsList() {
 static_assert(everyCountPrecedesItsList(), "a list's count is the tag before it");
 
 bool isList(uint32_t fieldTag) {
-    return fieldTag < zk::kTagCount && kFields[fieldTag].elementSize != 0;
+    return fieldTag < zk::tag::kCount && kFields[fieldTag].elementSize != 0;
 }
 
 constexpr uint8_t kNoElements = 0;
@@ -61,7 +61,7 @@ const char* FieldWrites::fieldAt(uint32_t offset) {
     if (offset >= sizeof(vdr1::VDRData1)) {
         return "the unused rest";
     }
-    uint32_t fieldTag = zk::kTagCount - 1;
+    uint32_t fieldTag = zk::tag::kCount - 1;
     while (kFields[fieldTag].offset > offset) {
         --fieldTag;
     }
