@@ -6,7 +6,6 @@
 
 #include "livephoto/LivePhotoRequest.h"
 #include "livephoto/SharedBuffer.h"
-#include "platform/BoundedMemory.h"
 #include "platform/Log.h"
 #include "platform/ORNProxy.h"
 
@@ -94,23 +93,24 @@ void LivePhoto::PostDataForLivePhoto(bool isOpen, int32_t fd, const std::string&
         if (post.records.size() != post.count) {
             VDR_LOGE("VDR::PostDataForLivePhoto, no memory for %u bytes of records!",
                      static_cast<uint32_t>(needed));
-        } else if (!buffer.holds(needed)) {
-            VDR_LOGE(
-                    "VDR::PostDataForLivePhoto, buffer:%p, apk apply size:%u, postQueue need "
-                    "size:%u!",
-                    buffer.address(), request.bufferSize, static_cast<uint32_t>(needed));
         } else {
-            auto* place = static_cast<uint8_t*>(buffer.address());
-            for (uint32_t i = 0; !post.records.empty(); ++i, place += kFrameRecordSize) {
+            bool isServed = buffer.holds(needed);
+            for (uint32_t i = 0; isServed && !post.records.empty(); ++i) {
                 const frameData& record = post.records.front();
-                if (memcpy_s(place, kFrameRecordSize, record.bytes, kFrameRecordSize) != 0) {
-                    VDR_LOGE("VDR::PostDataForLivePhoto, memcpy_s fail!");
+                isServed = buffer.write(i * kFrameRecordSize, record.bytes, kFrameRecordSize);
+                if (isServed) {
+                    VDR_LOGD("VDR::PostDataForLivePhoto, count=%u, chiFrameNum=%u!", i,
+                             record.frameNumber());
+                    post.records.pop_front();
                 }
-                VDR_LOGD("VDR::PostDataForLivePhoto, count=%u, chiFrameNum=%u!", i,
-                         record.frameNumber());
-                post.records.pop_front();
             }
-            state = 1;
+            state = isServed ? 1 : 0;
+            if (!isServed) {
+                VDR_LOGE(
+                        "VDR::PostDataForLivePhoto, buffer:%p, apk apply size:%u, postQueue need "
+                        "size:%u!",
+                        buffer.address(), request.bufferSize, static_cast<uint32_t>(needed));
+            }
         }
         munmapRet = buffer.unmap();
     }
