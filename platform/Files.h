@@ -11,6 +11,8 @@
 namespace zk::platform {
 
 std::FILE* openFile(const char* path, const char* mode);
+// Waits for nobody: a pipe without writers reads as empty.
+std::FILE* openForReading(const char* path);
 // Bytes written; fewer than `size` on an error.
 size_t writeFile(const void* data, size_t size, std::FILE* file);
 int closeFile(std::FILE* file);

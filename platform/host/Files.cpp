@@ -1,6 +1,8 @@
 #include "platform/Files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -35,6 +37,14 @@ bool failsNow(zk::host::FileCall call) {
     return remaining > 0 && remaining.fetch_sub(1) == 1;
 }
 
+bool openIsRefused() {
+    const bool isRefused = state().opensFail || failsNow(zk::host::FileCall::kOpen);
+    if (isRefused) {
+        errno = EACCES;
+    }
+    return isRefused;
+}
+
 }  // namespace
 
 void zk::host::setRootFolder(const std::string& folder) {
@@ -56,11 +66,19 @@ void zk::host::failEveryOpen(bool fail) {
 }
 
 std::FILE* zk::platform::openFile(const char* path, const char* mode) {
-    if (state().opensFail || failsNow(host::FileCall::kOpen)) {
-        errno = EACCES;
+    return openIsRefused() ? nullptr : std::fopen(host::hostPath(path).c_str(), mode);
+}
+
+std::FILE* zk::platform::openForReading(const char* path) {
+    if (openIsRefused()) {
         return nullptr;
     }
-    return std::fopen(host::hostPath(path).c_str(), mode);
+    const int fd = ::open(host::hostPath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    std::FILE* file = fd < 0 ? nullptr : fdopen(fd, "r");
+    if (file == nullptr && fd >= 0) {
+        ::close(fd);
+    }
+    return file;
 }
 
 size_t zk::platform::writeFile(const void* data, size_t size, std::FILE* file) {
