@@ -29,12 +29,12 @@ public:
 
     size_t size() const { return mSize; }
     bool empty() const { return mSize == 0; }
+    size_t capacity() const { return mCapacity; }
     // Counted from the front; `index` must be below size().
     T& operator[](size_t index) { return mItems[slot(index)]; }
     const T& operator[](size_t index) const { return mItems[slot(index)]; }
     T& front() { return mItems[mFront]; }
     const T& front() const { return mItems[mFront]; }
-    const T& back() const { return (*this)[mSize - 1]; }
 
     // False, with nothing changed, where memory is refused.
     bool push_back(const T& item) {
@@ -51,10 +51,12 @@ public:
         --mSize;
     }
 
-    // Drops all but the newest `count`.
-    void keepNewest(size_t count) {
-        while (mSize > count) {
-            pop_front();
+    // `count` is at most size().
+    void dropNewest(size_t count) { mSize -= count; }
+    // Copies of the `count` newest elements of `other`, which has as many; there must be room.
+    void appendNewest(const RingQueue& other, size_t count) {
+        for (size_t i = other.mSize - count; i < other.mSize; ++i) {
+            push_back(other[i]);
         }
     }
 

@@ -2,20 +2,20 @@
 
 #include <cstdlib>
 
-#include "dump/BinDumpFile.h"
 #include "platform/BoundedMemory.h"
 #include "platform/Log.h"
 
 namespace zk {
 
-FrameRecordPool::FrameRecordPool(SpinLock& dataPoolLock) : mDataPoolLock(dataPoolLock) {
+FrameRecordPool::FrameRecordPool() {
     mDataBufferList.reserve(kBlocks);
     const SpinLockGuard guard(mDataPoolLock);
     const bool hasRoom = mDataReadyPool.reserve(kBlocks) && mDataDonePool.reserve(kBlocks);
     for (size_t i = 0; i < kBlocks; ++i) {
         void* block = hasRoom ? std::malloc(kFrameRecordSize) : nullptr;
         if (block == nullptr) {
-            VDR_LOGE("VDR::failed to alloc VDR data buffer for write!");
+            VDR_LOG_AS("ZkaVideoDataRecoderImpl", kLogError,
+                       "VDR::failed to alloc VDR data buffer for write!");
             continue;
         }
         memset_s(block, kFrameRecordSize, 0, kFrameRecordSize);
@@ -66,15 +66,8 @@ FrameRecordPool::Copy FrameRecordPool::complete(uint32_t frameNumber, frameData&
     return copyBlock(block, out);
 }
 
-void FrameRecordPool::reportOldest(BinDumpFile& binDumpFile) {
-    const SpinLockGuard guard(mDataPoolLock);
-    if (mDataDonePool.empty()) {
-        return;
-    }
+void FrameRecordPool::freeOldest() {
     void* block = mDataDonePool.front();
-    if (binDumpFile.isOn()) {
-        binDumpFile.dumpDataToBinFile(block);
-    }
     memset_s(block, kFrameRecordSize, 0, kFrameRecordSize);
     mDataReadyPool.push_back(block);
     mDataDonePool.pop_front();

@@ -11,7 +11,6 @@
 #include "platform/FrameDropNotification.h"
 #include "platform/Log.h"
 #include "platform/Properties.h"
-#include "platform/SyncManager.h"
 #include "records/FieldTags.h"
 #include "records/VDRData1.h"
 #include "records/VDRData2.h"
@@ -21,10 +20,8 @@ namespace zk {
 namespace {
 
 constexpr long kCommercialBuild = 6;
-constexpr int32_t kNoPreview = -1;  // scene mode
-constexpr int32_t kNullEvent = -22;
-constexpr uint64_t kLastIgnoredFrame = 10;  // the pipeline is still starting up to here
-constexpr uint8_t kVideoStarts = 1;         // values of the field videoAction
+constexpr int32_t kNoPreview = -1;   // scene mode
+constexpr uint8_t kVideoStarts = 1;  // values of the field videoAction
 constexpr uint8_t kVideoEnded = 2;
 
 long userType() {
@@ -37,13 +34,9 @@ long userType() {
 
 ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
       : mVDRLevel(property_get_int32("vendor.camera.debug.VideoDataRecorderLevel", 1)),
-        mBinDumpFile(mDataPoolLock),
-        mFrameRecordPool(mDataPoolLock),
         mName2Tag(makeName2Tag()),
         mTag2WriteFunc(kTagCount),
-        mLossAccounts(std::make_shared<LossAccounts>()),
-        mFrameLossLimit(mLossAccounts),
-        mFrameLossHistory(mVDRLevel, mLossAccounts) {
+        mFrameLoss(std::make_shared<FrameLoss>(mVDRLevel)) {
     const std::shared_ptr<Orn::IEventAgency> eventAgency =
             DfxMonitorAgency::GetInstance()->GetEventAgency();
     if (eventAgency == nullptr) {
@@ -56,7 +49,7 @@ ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
     } else {
         SubscribeEvent({ZkCamera::FrameDropNotification::kEventId});
     }
-    mFrameLossLimit.start(platform::wallClockSeconds());
+    mFrameLoss->startDay(platform::wallClockSeconds());
     VDR_LOGI(
             "VDR::construct ZkaVideoDataRecoderImpl, mPreviewRecordStatus=%d, mVDRLevel=%d, "
             "mVDRStatus=%d, close VDR!",
@@ -64,12 +57,17 @@ ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
 }
 
 ZkaVideoDataRecoderImpl::~ZkaVideoDataRecoderImpl() {
-    VDR_LOGI("VDR::deconstruct ZkaVideoDataRecoderImpl!");
+    processEnds();
+}
+
+void ZkaVideoDataRecoderImpl::processEnds() {
+    VDR_LOG_AS("~ZkaVideoDataRecoderImpl", kLogInfo, "VDR::deconstruct ZkaVideoDataRecoderImpl!");
+    mSystemStatus.tellToStop();
 }
 
 void ZkaVideoDataRecoderImpl::SubscribeEvent(const std::vector<uint32_t>& eventIds) {
     mEventClient->SetEventCallback(
-            [this](std::shared_ptr<Orn::IEvent> event) { return ReceiveEvent(std::move(event)); });
+            [this](const std::shared_ptr<Orn::IEvent>& event) { return ReceiveEvent(event); });
     if (const int ret = mEventClient->SubscribeEvents(eventIds); ret != 0) {
         VDR_LOG_DFX("SubscribeEvents failed, ret = %d", ret);
     } else {
@@ -123,6 +121,7 @@ void ZkaVideoDataRecoderImpl::initialize(uint8_t videoDebugSupport, int32_t scen
     bindWriters();
     VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=%d!",
              static_cast<int>(mTag2WriteFunc.size()));
+    mFrameLoss->open();
     mBinDumpFile.setBinFile();
     mSystemStatus.SystemStatusInit(sceneMode);
     const FrameRecordPool::Sizes sizes = mFrameRecordPool.sizes();
@@ -145,9 +144,9 @@ void ZkaVideoDataRecoderImpl::bindWriters() {
 void ZkaVideoDataRecoderImpl::unInitialize() {
     mFrameRecordPool.recycleAll();
     mBinDumpFile.appendStaged();
-    mFrameLossHistory.dumpDataToFrameLostTxtFile();
+    mFrameLoss->stop();
     mVideoWindow.reset();
-    mFrameLossHistory.resetExceeded();
+    mFrameLoss->resetExceeded();
     mChiFenceMap.clear();
     mChiFrameMap.clear();
     mAllocTimeouts.clear();
@@ -235,7 +234,7 @@ void ZkaVideoDataRecoderImpl::VDRDone(uint32_t frameNumber) {
             break;
     }
     mLivePhoto.store(frameNumber, done);
-    mFrameLossHistory.frameLostProcess(&done);
+    mFrameLoss->frameLostProcess(&done);
 }
 
 void ZkaVideoDataRecoderImpl::VDRDoneCount(uint32_t /*frameNumber*/, uint32_t* count) {
@@ -247,7 +246,12 @@ void ZkaVideoDataRecoderImpl::VDRDoneCount(uint32_t /*frameNumber*/, uint32_t* c
 }
 
 void ZkaVideoDataRecoderImpl::VDRReport(uint32_t /*frameNumber*/) {
-    mFrameRecordPool.reportOldest(mBinDumpFile);
+    if (!mBinDumpFile.isOn()) {
+        mFrameRecordPool.reportOldest([](const void* /*record*/) {});
+        return;
+    }
+    BinDumpFile::Turn turn(mBinDumpFile);
+    mFrameRecordPool.reportOldest([&turn](const void* record) { turn.stage(record); });
 }
 
 void ZkaVideoDataRecoderImpl::getVDRInfo(uint32_t /*frameNumber*/, void** data) {
@@ -396,55 +400,8 @@ void ZkaVideoDataRecoderImpl::SnapshotCountAddOne() {
     mSystemStatus.SnapshotCountAddOne();
 }
 
-int32_t ZkaVideoDataRecoderImpl::ReceiveEvent(std::shared_ptr<Orn::IEvent> event) {
-    if (event == nullptr) {
-        return kNullEvent;
-    }
-    if (const uint32_t id = event->GetEventId(); id != ZkCamera::FrameDropNotification::kEventId) {
-        VDR_LOGW("VDR::ReceiveEvent, unknown eventId = %u", id);
-        return 0;
-    }
-    const std::shared_ptr<ZkCamera::FrameDropNotification> notification =
-            ZkCamera::FrameDropNotification::from(*event);
-    if (notification == nullptr) {
-        return 0;
-    }
-    const uint64_t timeStamp = notification->mTimeStamp;
-    const uint64_t frameNumber = notification->mFrameNumber;
-    VDR_LOG_DFX("VDR::ReceiveEvent, rec frame drop notification:%lu, %lu", timeStamp, frameNumber);
-    if (frameNumber <= kLastIgnoredFrame) {
-        VDR_LOG_DFX(
-                "VDR::ReceiveEvent, rec frame drop notification:%lu, %lu, mFrameNumber less "
-                "than 10!",
-                timeStamp, frameNumber);
-        return 0;
-    }
-    const auto [created, promise] = SyncManager::getInstance()->getPromise(timeStamp);
-    if (mFrameLossLimit.checkFrameLostRecordStatus(mFrameLossHistory.isExceeded())) {
-        if (created) {
-            VDR_LOG_DFX("VDR::ReceiveEvent, frameLost num already reach the max:%lu, %lu",
-                        timeStamp, frameNumber);
-            if (promise != nullptr) {
-                promise->set_value(VDR_SYNC_LIMITED);
-            }
-        } else {
-            VDR_LOG_DFX(
-                    "VDR::ReceiveEvent, frameLost num already reach the max:%lu, %lu, but "
-                    "fail to set",
-                    timeStamp, frameNumber);
-        }
-        return 0;
-    }
-    if (created) {
-        VDR_LOG_DFX("VDR::ReceiveEvent, suc get promise:%lu, %lu", timeStamp, frameNumber);
-        // The account before the frame number: no file is requested for a loss without account.
-        mLossAccounts->open(timeStamp, promise);
-        mFrameLossHistory.announce(static_cast<uint32_t>(frameNumber));
-    } else {
-        VDR_LOG_DFX("VDR::ReceiveEvent, promise already exist:%lu, %lu", timeStamp, frameNumber);
-        mFrameLossHistory.announceAgain(frameNumber);
-    }
-    return 0;
+int32_t ZkaVideoDataRecoderImpl::ReceiveEvent(const std::shared_ptr<Orn::IEvent>& event) {
+    return mFrameLoss->ReceiveEvent(event);
 }
 
 }  // namespace zk

@@ -51,7 +51,7 @@ SystemStatusReader::SystemStatusReader() {
             "/sys/class/kgsl/kgsl-3d0/gpu_busy_percentage",
     };
     for (size_t i = 0; i < kFiles; ++i) {
-        mFiles[i] = platform::openForReading(paths[i]);
+        mFiles[i] = platform::openFile(paths[i]);
     }
     mThermalObserver = CameraHalThermal::ThermalService::GetInstance()->GetThermalEscapeObserver(
             "thermalLevel");

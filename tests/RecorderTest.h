@@ -79,6 +79,9 @@ protected:
     // "pending", "limited" or "done".
     std::string settlement(uint64_t timeStamp = kNow);
 
+    // The time stamp of the loss that play() announced last.
+    uint64_t latestLoss() const { return kNow + mLosses - 1; }
+
     // Plays camera sessions written in words: "7" and "7-40" complete frames, "!41" announces the
     // loss of a frame, the first one at kNow and each a microsecond after the last, "open" and
     // "stop" are for the session, "pause" lets half a second pass.

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/ShowSink.h"
+#include "tools/sink/ShowSink.h"
 
 namespace vdrdump {
 

@@ -6,12 +6,12 @@
 #include <memory>
 
 #include "tools/CommandLine.h"
-#include "tools/CsvSink.h"
-#include "tools/DumpPass.h"
-#include "tools/InfoSink.h"
-#include "tools/NdjsonSink.h"
-#include "tools/PlotSink.h"
-#include "tools/SqliteSink.h"
+#include "tools/plot/PlotSink.h"
+#include "tools/sink/CsvSink.h"
+#include "tools/sink/DumpPass.h"
+#include "tools/sink/InfoSink.h"
+#include "tools/sink/NdjsonSink.h"
+#include "tools/sink/SqliteSink.h"
 
 namespace {
 

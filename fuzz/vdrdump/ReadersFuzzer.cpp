@@ -4,11 +4,11 @@
 
 #include <cstdlib>
 
-#include "tools/ColumnText.h"
-#include "tools/DumpPass.h"
-#include "tools/MemorySource.h"
-#include "tools/PlotCurves.h"
-#include "tools/SessionStatistics.h"
+#include "tools/plot/PlotCurves.h"
+#include "tools/read/MemorySource.h"
+#include "tools/record/ColumnText.h"
+#include "tools/session/SessionStatistics.h"
+#include "tools/sink/DumpPass.h"
 
 namespace {
 

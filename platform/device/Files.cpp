@@ -1,22 +1,15 @@
 #include "platform/Files.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "platform/RegularFile.h"
 
 namespace zk::platform {
 
-std::FILE* openFile(const char* path, const char* mode) {
-    return std::fopen(path, mode);
+std::FILE* openFile(const char* path) {
+    return openWithoutWaiting(path);
 }
 
-std::FILE* openForReading(const char* path) {
-    const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    std::FILE* file = fd < 0 ? nullptr : fdopen(fd, "r");
-    if (file == nullptr && fd >= 0) {
-        ::close(fd);
-    }
-    return file;
+std::FILE* openDumpFile(const char* path, const char* mode) {
+    return openRegularFile(path, mode);
 }
 
 size_t writeFile(const void* data, size_t size, std::FILE* file) {
@@ -27,8 +20,12 @@ int closeFile(std::FILE* file) {
     return std::fclose(file);
 }
 
-int changeMode(const char* path, mode_t mode) {
-    return ::chmod(path, mode);
+int duplicate(std::FILE* file) {
+    return duplicateDescriptor(file);
+}
+
+int changeModeAndClose(int fd, mode_t mode) {
+    return changeDescriptorMode(fd, mode);
 }
 
 }  // namespace zk::platform

@@ -79,7 +79,7 @@ TEST(LibraryTest, ServicesAreCalledAtTheirPlaces) {
     EXPECT_EQ(placeOf(&SyncManager::getPromise), 2U);
 }
 
-TEST(LibraryTest, Loading_ConstructsTheRecorderAndUnloadingDestroysIt) {
+TEST(LibraryTest, Loading_ConstructsTheRecorderAndUnloadingLeavesItThere) {
     host::setLogOutput(nullptr);
     host::startLogCapture();
     void* const library = dlopen(VDR_LIBRARY, RTLD_NOW | RTLD_LOCAL);
@@ -89,13 +89,22 @@ TEST(LibraryTest, Loading_ConstructsTheRecorderAndUnloadingDestroysIt) {
     const auto told = host::capturedLog();
     ASSERT_FALSE(told.empty());
     EXPECT_NE(told.back().text.find("VDR::construct"), std::string::npos);
+    dlclose(library);
     bool isOpen = true;
     reinterpret_cast<Recorder* (*)()>(symbol)()->getVDRStatus(&isOpen);
     EXPECT_FALSE(isOpen);
     EXPECT_EQ(host::capturedLog().size(), told.size());
-    dlclose(library);
-    EXPECT_NE(host::capturedLog().back().text.find("VDR::deconstruct"), std::string::npos);
     host::stopLogCapture();
+}
+
+// What it says when the process ends, and when: in the library's exit handler.
+TEST(LibraryTest, EndOfTheProcess_IsTold) {
+    const auto loadAndExit = [] {
+        host::setLogOutput(stderr);
+        std::exit(dlopen(VDR_LIBRARY, RTLD_NOW | RTLD_LOCAL) != nullptr ? 0 : 1);
+    };
+    EXPECT_EXIT(loadAndExit(), testing::ExitedWithCode(0),
+                "~ZkaVideoDataRecoderImpl<[0-9]+>: VDR::deconstruct ZkaVideoDataRecoderImpl!");
 }
 
 }  // namespace

@@ -12,9 +12,9 @@
 #include "platform/host/LogControl.h"
 #include "records/frameData.h"
 #include "records/makeFrameContent.h"
-#include "tools/CsvSink.h"
-#include "tools/DumpPass.h"
-#include "tools/MemorySource.h"
+#include "tools/read/MemorySource.h"
+#include "tools/sink/CsvSink.h"
+#include "tools/sink/DumpPass.h"
 
 namespace vdrdump::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "records/VDRData2.h"
-#include "tools/DamageLog.h"
+#include "tools/read/DamageLog.h"
 
 // The words in which the tests speak of dumps.
 namespace vdrdump::test {

@@ -5,7 +5,7 @@
 
 #include "tests/vdrdump/Dumps.h"
 #include "tests/vdrdump/Program.h"
-#include "tools/lostFrameOf.h"
+#include "tools/read/lostFrameOf.h"
 
 namespace vdrdump::test {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "records/frameData.h"
 #include "tests/vdrdump/Dumps.h"
-#include "tools/DumpKind.h"
-#include "tools/RecordSchema.h"
+#include "tools/read/DumpKind.h"
+#include "tools/record/RecordSchema.h"
 
 namespace vdrdump::test {
 namespace {

@@ -1,11 +1,11 @@
-#include "tools/SessionTracker.h"
+#include "tools/session/SessionTracker.h"
 
 #include <gtest/gtest.h>
 
 #include <numeric>
 #include <string>
 
-#include "tools/VideoWindows.h"
+#include "tools/session/VideoWindows.h"
 
 namespace vdrdump::test {
 namespace {

@@ -1,0 +1,67 @@
+#include "tools/output/Output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace vdrdump {
+namespace {
+
+constexpr size_t kBlock = size_t{256} * 1024;
+
+}  // namespace
+
+Output::Output(const std::string& path)
+      : mPath(path == "-" ? "standard output" : path),
+        mFile(path == "-" ? STDOUT_FILENO
+                          : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)),
+        mBuffer(kBlock) {
+    if (mFile < 0) {
+        fail();
+    }
+}
+
+Output::~Output() {
+    flush();
+    if (mFile > STDERR_FILENO) {
+        close(mFile);
+    }
+}
+
+void Output::append(std::string_view text) {
+    char* to = reserve(text.size());
+    std::memcpy(to, text.data(), text.size());
+    commit(to + text.size());
+}
+
+void Output::makeRoom(size_t size) {
+    flush();
+    if (mBuffer.size() < size) {
+        mBuffer.resize(size);
+    }
+}
+
+bool Output::flush() {
+    size_t written = 0;
+    while (written < mUsed && !mHasFailed) {
+        const ssize_t length = write(mFile, mBuffer.data() + written, mUsed - written);
+        if (length >= 0) {
+            written += static_cast<size_t>(length);
+        } else if (errno != EINTR) {
+            fail();
+        }
+    }
+    mUsed = 0;
+    return !mHasFailed;
+}
+
+void Output::fail() {
+    mHasFailed = true;
+    std::fprintf(stderr, "vdrdump: %s: expected to write it: %s\n", mPath.c_str(),
+                 std::strerror(errno));
+}
+
+}  // namespace vdrdump

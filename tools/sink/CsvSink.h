@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "tools/output/Output.h"
+#include "tools/sink/RecordSink.h"
+
+namespace vdrdump {
+
+// Writes one row per frame below a header of stable names. An array is one cell of JSON, its
+// elements arrays of their columns; a cell is empty where the dump gave no value.
+class CsvSink : public RecordSink {
+public:
+    explicit CsvSink(const std::string& path);
+
+    void beginFile(const DumpFile& file) override;
+    void add(const Record& record) override;
+    void endSession(const SessionSummary&) override {}
+    void endFile(uint64_t, const DamageLog&) override {}
+    bool finish() override { return mOutput.flush(); }
+    bool isDone() const override { return mOutput.hasFailed(); }
+
+private:
+    void writeHeader();
+
+    Output mOutput;
+    std::string mRowStart;  // the cells that are the same in all rows of a file
+};
+
+}  // namespace vdrdump
