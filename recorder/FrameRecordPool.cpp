@@ -44,6 +44,11 @@ void FrameRecordPool::take(uint32_t frameNumber) {
     mDataReadyPool.pop_front();
 }
 
+void* FrameRecordPool::findUnderLock(uint32_t frameNumber) {
+    const SpinLockGuard guard(mDataPoolLock);
+    return mDataProcessingPool.find(frameNumber);
+}
+
 FrameRecordPool::Copy FrameRecordPool::copyBlock(const void* block, frameData& out) {
     return memcpy_s(out.bytes, kFrameRecordSize, block, kFrameRecordSize) == 0 ? Copy::kDone
                                                                                : Copy::kFailed;
