@@ -13,6 +13,9 @@
 
 namespace zk {
 
+class SharedBuffer;
+struct LivePhotoRequest;
+
 // Frame records for live photos: a store of the newest record per frame number modulo 180, from
 // which marked frames are queued, 180 at most, and posted to the application on request. Any
 // thread; posting copies under the lock and does everything slow outside it.
@@ -44,6 +47,8 @@ private:
     };
     // Drops queued frames before `start` for good and copies those up to `end`.
     Post select(uint32_t start, uint32_t end);
+    // Puts what the request asks for into the buffer. 1, or 0 where that failed.
+    int32_t fill(SharedBuffer& buffer, const LivePhotoRequest& request);
 
     SpinLock mLivePhotoLock;
     // Allocated with the first record and kept, so that the frame path does not allocate.

@@ -10,7 +10,8 @@
 
 namespace zk::platform {
 
-std::FILE* openFile(const char* path, const char* mode);
+// For reading. Waits for nobody: a pipe without writers reads as empty.
+std::FILE* openFile(const char* path);
 // For writing, made if missing: "ab+" appends, "w" starts anew. Null for whatever is no regular
 // file, and for a symbolic link: the folders of the dumps belong to nobody alone, and neither what
 // a name leads to nor who reads a pipe is ours to trust. Closed in a process that is started.

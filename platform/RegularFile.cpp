@@ -17,19 +17,26 @@ bool isRegular(int fd) {
     return fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
 }
 
+// Null, and `fd` closed, where that fails or is not wanted.
+std::FILE* streamOf(int fd, const char* mode, bool isWanted) {
+    std::FILE* file = isWanted ? ::fdopen(fd, mode) : nullptr;
+    if (file == nullptr && fd >= 0) {
+        ::close(fd);
+    }
+    return file;
+}
+
 }  // namespace
+
+std::FILE* openWithoutWaiting(const char* path) {
+    const int fd = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    return streamOf(fd, "r", fd >= 0);
+}
 
 std::FILE* openRegularFile(const char* path, const char* mode) {
     const int access = mode[0] == 'a' ? O_RDWR | O_APPEND : O_WRONLY | O_TRUNC;
     const int fd = ::open(path, access | kCarefully, kByUmask);
-    if (fd < 0) {
-        return nullptr;
-    }
-    std::FILE* file = isRegular(fd) ? ::fdopen(fd, mode) : nullptr;
-    if (file == nullptr) {
-        ::close(fd);
-    }
-    return file;
+    return streamOf(fd, mode, isRegular(fd));
 }
 
 int duplicateDescriptor(std::FILE* file) {

@@ -4,10 +4,12 @@
 
 #include <cstdio>
 
-// What both platforms make of a dump file.
+// What both platforms make of files.
 namespace zk::platform {
 
-// As openDumpFile() of Files.h, with a path of the machine.
+// As openFile() of Files.h, with a path of the machine.
+std::FILE* openWithoutWaiting(const char* path);
+// As openDumpFile() there, likewise.
 std::FILE* openRegularFile(const char* path, const char* mode);
 // As duplicate() and changeModeAndClose() there.
 int duplicateDescriptor(std::FILE* file);

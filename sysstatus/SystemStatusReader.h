@@ -51,7 +51,6 @@ private:
         kGpuBusy,
     };
 
-    void closeFile(File file);
     template <typename Scan>
     void readLine(File file, Scan scan);
     void readIntegers();

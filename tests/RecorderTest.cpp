@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -97,9 +98,32 @@ ZkaVideoDataRecoderImpl& RecorderTest::recorder() {
 }
 
 void RecorderTest::destroyRecorder() {
-    mSleep.open();  // destruction waits for the sampler
+    mSleep.open();
     mRecorder.reset();
+    EXPECT_TRUE(waitForSamplersEnd());
     mSleep.close();
+}
+
+size_t RecorderTest::samplers() {
+    size_t count = 0;
+    std::error_code gone;  // threads end while they are listed
+    for (const auto& thread : fs::directory_iterator("/proc/self/task", gone)) {
+        std::string name;
+        std::getline(std::ifstream(thread.path() / "comm"), name);
+        count += name == "VDRSampler" ? 1 : 0;
+    }
+    return count;
+}
+
+bool RecorderTest::waitForSamplersEnd() {
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (samplers() > 0) {
+        if (std::chrono::steady_clock::now() > giveUp) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
 }
 
 RecorderTest::Frame::Frame(IVideoDataRecoder& recorder, uint32_t number)

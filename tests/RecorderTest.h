@@ -34,8 +34,12 @@ protected:
     void switchRecordingOn();
 
     ZkaVideoDataRecoderImpl& recorder();
-    // Destroys it as unloading the library would; its next use makes a new one.
+    // Destroys it and waits for its sampler's end; its next use makes a new one.
     void destroyRecorder();
+    // How many threads of the sampler this process has. False where they do not end within ten
+    // seconds.
+    static size_t samplers();
+    static bool waitForSamplersEnd();
     void openSession(int32_t sceneMode = 0) { recorder().initialize(1, sceneMode); }
     void closeSession() { recorder().unInitialize(); }
 

@@ -4,8 +4,8 @@
 
 namespace zk::platform {
 
-std::FILE* openFile(const char* path, const char* mode) {
-    return std::fopen(path, mode);
+std::FILE* openFile(const char* path) {
+    return openWithoutWaiting(path);
 }
 
 std::FILE* openDumpFile(const char* path, const char* mode) {

@@ -82,8 +82,8 @@ void zk::host::setFileCallHandler(std::function<void(FileCall)> handler) {
     state().handler.swap(shared);
 }
 
-std::FILE* zk::platform::openFile(const char* path, const char* mode) {
-    return mayOpen() ? std::fopen(host::hostPath(path).c_str(), mode) : nullptr;
+std::FILE* zk::platform::openFile(const char* path) {
+    return mayOpen() ? openWithoutWaiting(host::hostPath(path).c_str()) : nullptr;
 }
 
 std::FILE* zk::platform::openDumpFile(const char* path, const char* mode) {
