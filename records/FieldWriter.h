@@ -105,8 +105,10 @@ constexpr bool coverLayout(const FieldPlace (&fields)[kFields], size_t size) {
     }                                                                                        \
     FIELDS(VDR_DEFINE_SCALAR_WRITER, VDR_DEFINE_ARRAY_WRITER)                                \
     namespace {                                                                              \
-    const zk::Name2FuncMap name2FuncMap = {FIELDS(VDR_SCALAR_MAPPING, VDR_ARRAY_MAPPING)};   \
+    /* Never destroyed: a session may open while the process ends. */                        \
+    const zk::Name2FuncMap* const name2FuncMap =                                             \
+            new zk::Name2FuncMap{FIELDS(VDR_SCALAR_MAPPING, VDR_ARRAY_MAPPING)};             \
     }                                                                                        \
     const zk::Name2FuncMap* Record::getName2FuncMap() {                                      \
-        return &name2FuncMap;                                                                \
+        return name2FuncMap;                                                                 \
     }
