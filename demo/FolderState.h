@@ -1,38 +1,28 @@
 #pragma once
 
 #include <cstdint>
-#include <ctime>
 #include <map>
 #include <string>
 #include <vector>
 
 namespace demo {
 
-// The files of a folder at one moment, to tell what has been written since.
+// The files of a folder and their sizes at one moment, to tell what has been written since.
 class FolderState {
 public:
-    // A folder that cannot be read is empty.
-    explicit FolderState(std::string folder);
-
-    // Names, in order, of files that are new or have been written to since `before`.
-    std::vector<std::string> changedSince(const FolderState& before) const;
-    uint64_t sizeOf(const std::string& name) const;  // 0 where there is none
-    // Permission bits.
-    uint32_t modeOf(const std::string& name) const;
-    std::string pathOf(const std::string& name) const { return mFolder + "/" + name; }
-    const std::string& folder() const { return mFolder; }
-
-private:
-    struct Entry {
-        uint64_t size = 0;
-        uint32_t mode = 0;
-        timespec written{};
+    struct File {
+        std::string path;
+        uint64_t size;
     };
 
-    Entry entryOf(const std::string& name) const;
+    // A folder that cannot be read is empty.
+    explicit FolderState(const std::string& folder);
 
-    const std::string mFolder;
-    std::map<std::string, Entry> mEntries;
+    // In the order of their names.
+    std::vector<File> writtenSince(const FolderState& before) const;
+
+private:
+    std::map<std::string, uint64_t> mSizes;  // by path
 };
 
 }  // namespace demo
