@@ -1,13 +1,11 @@
 #include "demo/CameraSession.h"
 
 #include <chrono>
-#include <cstdio>
+#include <stdexcept>
 #include <thread>
 
 #include "demo/FieldTags.h"
-#include "demo/ProgressLine.h"
 #include "platform/host/ThreadPoolControl.h"
-#include "registries/MemoryAllocTimeoutInfo.h"
 
 namespace demo {
 namespace {
@@ -37,25 +35,21 @@ CameraSession::CameraSession(zk::IVideoDataRecoder& recorder, const Options& opt
         mChi(recorder),
         mNow(kSessionStart) {}
 
-bool CameraSession::play() {
-    if (!open()) {
-        std::fprintf(stderr, "vdr_demo: the recorder stays closed; its log says why\n");
-        return false;
-    }
+void CameraSession::play() {
+    open();
     playFrames();
     mLivePhoto.request();
     close();
-    return true;
 }
 
-bool CameraSession::open() {
+void CameraSession::open() {
     mRecorder.initialize(1, SessionPlan::kSceneMode);
     bool isOpen = false;
     mRecorder.getVDRStatus(&isOpen);
-    if (isOpen) {
-        mStatus.awaitFirstReading();
+    if (!isOpen) {
+        throw std::runtime_error("the recorder stays closed; its log says why");
     }
-    return isOpen;
+    mStatus.awaitFirstReading();
 }
 
 void CameraSession::close() {
@@ -68,7 +62,6 @@ void CameraSession::close() {
 }
 
 void CameraSession::playFrames() {
-    ProgressLine progress(mPlan.frames.count());
     auto nextFrame = std::chrono::steady_clock::now();
     uint32_t entered = 0;
     while (entered < mPlan.frames.count() || !mUnderWay.empty()) {
@@ -82,8 +75,7 @@ void CameraSession::playFrames() {
             mDrops.watch(oldest.number, mNow - oldest.csl.stamp);
         }
         if (entered < mPlan.frames.count()) {
-            enter(mPlan.frames.first + entered);
-            progress.show(++entered);
+            enter(mPlan.frames.first + entered++);
         }
         mNow += kFrameTime;
     }
@@ -154,8 +146,7 @@ void CameraSession::writeSlowAllocation(uint32_t frame) {
     mRecorder.GetMemAllocTimeOutInfo(info);
     if (info.itemName[0] != '\0') {
         mRecorder.writeMaintain(frame, zk::tag::memoryAllocTimeoutInfo, &info);
-        mSlowAllocation = std::string(info.itemName) + ", " + std::to_string(info.allocTimeSec) +
-                          " s, in the record of frame " + std::to_string(frame);
+        mSlowAllocation = info;
     }
 }
 

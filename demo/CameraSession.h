@@ -2,7 +2,7 @@
 
 #include <cstdint>
 #include <deque>
-#include <string>
+#include <optional>
 
 #include "demo/ChiStack.h"
 #include "demo/DeviceStatus.h"
@@ -14,6 +14,7 @@
 #include "demo/Options.h"
 #include "demo/SessionPlan.h"
 #include "recorder/IVideoDataRecoder.h"
+#include "registries/MemoryAllocTimeoutInfo.h"
 
 namespace demo {
 
@@ -31,14 +32,17 @@ public:
     // All must outlive this.
     CameraSession(zk::IVideoDataRecoder& recorder, const Options& options, const SessionPlan& plan);
 
-    // False, after a message on standard error, when the recorder stays closed.
-    bool play();
+    // Throws when the recorder stays closed.
+    void play();
 
     const DropMonitor& drops() const { return mDrops; }
     const LivePhotoShot& livePhoto() const { return mLivePhoto; }
     const ChiStack& chi() const { return mChi; }
     uint32_t videoRecords() const { return mVideoRecords; }
-    const std::string& slowAllocation() const { return mSlowAllocation; }
+    // As it was written into the record of the frame that the cause hit.
+    const std::optional<zk::MemoryAllocTimeoutInfo>& slowAllocation() const {
+        return mSlowAllocation;
+    }
 
 private:
     struct FrameUnderWay {
@@ -46,7 +50,7 @@ private:
         uint64_t leavesAt;
     };
 
-    bool open();
+    void open();
     void close();
     void playFrames();
     void enter(uint32_t frame);
@@ -70,7 +74,7 @@ private:
     uint64_t mNow;  // the pipeline's clock, nanoseconds since boot
     std::deque<FrameUnderWay> mUnderWay;
     uint32_t mVideoRecords = 0;
-    std::string mSlowAllocation;
+    std::optional<zk::MemoryAllocTimeoutInfo> mSlowAllocation;
 };
 
 }  // namespace demo

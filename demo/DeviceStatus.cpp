@@ -16,6 +16,11 @@ constexpr uint32_t kCaptureMemory = 196608;
 constexpr uint32_t kFramesPerReading = 30;
 constexpr double kSpread = 0.01;
 
+// As the thermal service keeps its level.
+uint32_t thermalWord(uint8_t level) {
+    return uint32_t{level} << 8;
+}
+
 }  // namespace
 
 DeviceStatus::DeviceStatus(zk::IVideoDataRecoder& recorder, const Options& options,
@@ -24,16 +29,19 @@ DeviceStatus::DeviceStatus(zk::IVideoDataRecoder& recorder, const Options& optio
         mPlan(plan),
         mIsSteady(options.steady),
         mGrowsHot(options.cause == Cause::kThermal),
-        mNoise(options.seed + 2) {}
+        mNoise(options.seed + 2) {
+    zk::host::setThermalStateWord(thermalWord(kWarm));
+    zk::host::setCaptureMemory(kCaptureMemory);
+}
 
 void DeviceStatus::awaitFirstReading() {
-    zk::host::setCaptureMemory(kCaptureMemory);
     awaitThermalLevel(kWarm);
 }
 
 vdr1::SysStatusInfo DeviceStatus::at(uint32_t frame) {
     const bool isHot = mGrowsHot && frame >= mPlan.hotFrom;
     if (isHot && frame == mPlan.hotFrom) {
+        zk::host::setThermalStateWord(thermalWord(kHot));
         awaitThermalLevel(kHot);
     }
     if (mIsSteady) {
@@ -49,9 +57,8 @@ vdr1::SysStatusInfo DeviceStatus::at(uint32_t frame) {
     return status;
 }
 
-// A level that only the host's control can have caused tells a new reading from an old one.
+// Nothing but the host's control moves the level: with it comes a new reading.
 void DeviceStatus::awaitThermalLevel(uint8_t level) {
-    zk::host::setThermalStateWord(uint32_t{level} << 8);
     if (mIsSteady) {
         return;
     }

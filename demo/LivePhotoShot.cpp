@@ -4,6 +4,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "platform/host/DeviceControl.h"
@@ -35,27 +38,29 @@ void LivePhotoShot::takeFrame(const FrameFields& fields) {
     mRecorder.DoneDataForLivePhoto(fields.number);
 }
 
-bool LivePhotoShot::request() {
+void LivePhotoShot::request() {
     const uint32_t size = mPlan.requested.count() * static_cast<uint32_t>(zk::kFrameRecordSize);
     const int fd = memfd_create("vdr_demo_live_photo", MFD_CLOEXEC);
-    if (fd < 0) {
-        return false;
-    }
     void* buffer = MAP_FAILED;
-    if (ftruncate(fd, size) == 0) {
-        mRecorder.PostDataForLivePhoto(fd, requestText(size));  // answers before it returns
+    if (fd >= 0 && ftruncate(fd, size) == 0) {
         buffer = mmap(nullptr, size, PROT_READ, MAP_SHARED, fd, 0);
     }
-    close(fd);
     if (buffer == MAP_FAILED) {
-        return false;
+        throw std::system_error(errno, std::generic_category(), "live photo's shared buffer");
     }
+    mRecorder.PostDataForLivePhoto(fd, requestText(size));  // replies before it returns
     for (uint32_t i = 0; i < mPlan.requested.count(); ++i) {
         const uint8_t* record = static_cast<const uint8_t*>(buffer) + i * zk::kFrameRecordSize;
         mFramesReceived.push_back(zk::frameNumberOf(record));
     }
     munmap(buffer, size);
-    return true;
+    close(fd);
+}
+
+int LivePhotoShot::replyState() const {
+    Json::Value reply;
+    std::istringstream(*mReply) >> reply;
+    return reply["state"].asInt();
 }
 
 std::string LivePhotoShot::requestText(uint32_t bufferSize) const {

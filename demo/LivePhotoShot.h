@@ -21,11 +21,11 @@ public:
 
     // Caches the frame, whose head has been written, and completes the copy.
     void takeFrame(const FrameFields& fields);
-    // Asks for the planned frames. False when there is no shared buffer to be had.
-    bool request();
+    // Asks for the planned frames. Throws when there is no shared buffer to be had.
+    void request();
 
-    // Valid after request().
-    const std::string& reply() const { return *mReply; }
+    // Valid after request(). 1: the recorder has filled the buffer.
+    int replyState() const;
     const std::vector<uint32_t>& framesReceived() const { return mFramesReceived; }
 
 private:

@@ -26,7 +26,7 @@ constexpr uint64_t kHoldUp = 10 * kFrameTime;
 
 // A hot device slows down with every frame, until the camera stack has shed load.
 constexpr uint32_t kSlowFrames = 25;
-constexpr double kSlownessPerFrame = 0.09;
+constexpr double kSlownessPerFrame = 0.095;
 
 size_t troubledPlace(Cause cause) {
     return cause == Cause::kSlowAllocation ? 2 : 4;
@@ -34,9 +34,10 @@ size_t troubledPlace(Cause cause) {
 
 }  // namespace
 
-vdr1::NodeInfo NodePipeline::troubledNode(Cause cause) {
-    const uint32_t(&ids)[3] = kChain[troubledPlace(cause)].ids;
-    return {{ids[0], ids[1], ids[2]}, {}};
+std::string NodePipeline::troubledNode(Cause cause) {
+    const Node& node = kChain[troubledPlace(cause)];
+    return std::to_string(node.ids[0]) + "/" + std::to_string(node.ids[1]) + "/" +
+           std::to_string(node.ids[2]);
 }
 
 bool NodePipeline::isTroubled(Cause cause, uint32_t frame, size_t node) const {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "demo/Noise.h"
 #include "demo/Options.h"
@@ -35,8 +36,8 @@ public:
 
     // The way of this frame, which must come behind the one before it.
     Passage pass(uint32_t frame, uint64_t enteredAt);
-    // The node that the cause holds up.
-    static vdr1::NodeInfo troubledNode(Cause cause);
+    // The ids of the node that the cause holds up, for a reader.
+    static std::string troubledNode(Cause cause);
 
 private:
     bool isTroubled(Cause cause, uint32_t frame, size_t node) const;

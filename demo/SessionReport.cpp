@@ -6,11 +6,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <system_error>
 
 #include "records/frameData.h"
 
 namespace demo {
+namespace fs = std::filesystem;
+
 namespace {
 
 const char* inWords(DropMonitor::Answer answer) {
@@ -25,15 +26,6 @@ const char* inWords(DropMonitor::Answer answer) {
     return "the recorder did not answer";
 }
 
-// The styled JSON of a reply on one line.
-std::string onOneLine(std::string text) {
-    std::replace_if(
-            text.begin(), text.end(), [](char c) { return c == '\n' || c == '\t'; }, ' ');
-    const auto isRepeated = [](char a, char b) { return a == ' ' && b == ' '; };
-    text.erase(std::unique(text.begin(), text.end(), isRepeated), text.end());
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
 long linesOf(const std::string& path) {
     std::ifstream file(path);
     return std::count(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>(), '\n');
@@ -41,11 +33,8 @@ long linesOf(const std::string& path) {
 
 // The program that is built beside this one, as a shell here would call it.
 std::string vdrdumpPath() {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path().parent_path();
-    const fs::path program = folder / "tools" / "vdrdump";
-    return fs::exists(program, error) ? fs::proximate(program, error).string() : "vdrdump";
+    const fs::path build = fs::read_symlink("/proc/self/exe").parent_path().parent_path();
+    return fs::proximate(build / "tools" / "vdrdump").string();
 }
 
 }  // namespace
@@ -55,13 +44,34 @@ SessionReport::SessionReport(const Options& options, const SessionPlan& plan,
       : mOptions(options),
         mPlan(plan),
         mRoot(root),
-        mDumpsBefore(root.dumpFolder()),
-        mLossesBefore(root.lossFolder()) {}
+        mDumpsBefore(sizesIn(root.dumpFolder())),
+        mLossesBefore(sizesIn(root.lossFolder())) {}
+
+SessionReport::Sizes SessionReport::sizesIn(const std::string& folder) {
+    Sizes sizes;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        if (entry.is_regular_file()) {
+            sizes[entry.path().string()] = entry.file_size();
+        }
+    }
+    return sizes;
+}
+
+SessionReport::Sizes SessionReport::writtenSince(const Sizes& before, const std::string& folder) {
+    Sizes sizes = sizesIn(folder);
+    for (const auto& [path, size] : before) {
+        if (const auto now = sizes.find(path); now != sizes.end() && now->second == size) {
+            sizes.erase(now);
+        }
+    }
+    return sizes;
+}
 
 void SessionReport::print(const CameraSession& session) const {
     printSession(session);
-    printFiles();
-    printNextSteps();
+    printCause(session);
+    printFiles(writtenSince(mDumpsBefore, mRoot.dumpFolder()),
+               writtenSince(mLossesBefore, mRoot.lossFolder()));
 }
 
 void SessionReport::printSession(const CameraSession& session) const {
@@ -72,39 +82,40 @@ void SessionReport::printSession(const CameraSession& session) const {
     std::printf("  recording    frames %" PRIu32 " to %" PRIu32 "; %" PRIu32
                 " records went along\n",
                 mPlan.video.first, mPlan.video.last - 1, session.videoRecords());
-    const LivePhotoShot& shot = session.livePhoto();
     std::printf("  live photo   frames");
-    for (const uint32_t frame : shot.framesReceived()) {
+    for (const uint32_t frame : session.livePhoto().framesReceived()) {
         std::printf(" %" PRIu32, frame);
     }
-    std::printf("; reply %s\n", onOneLine(shot.reply()).c_str());
+    std::printf("; the recorder replied state %d\n", session.livePhoto().replyState());
     std::printf("  fences       %" PRIu32 " parked, %" PRIu32 " taken back\n",
                 session.chi().parked(), session.chi().takenBack());
-    printCause(session);
 }
 
 void SessionReport::printCause(const CameraSession& session) const {
-    const vdr1::NodeInfo node = NodePipeline::troubledNode(mOptions.cause);
-    const std::string name = std::to_string(node.ids[0]) + "/" + std::to_string(node.ids[1]) + "/" +
-                             std::to_string(node.ids[2]);
-    std::printf("  cause        ");
+    const auto node = NodePipeline::troubledNode(mOptions.cause);
     switch (mOptions.cause) {
         case Cause::kStuckNode:
-            std::printf("node %s holds frame %" PRIu32 " for ten frame times and gives it up\n",
-                        name.c_str(), mPlan.troubled);
+            std::printf("  cause        node %s holds frame %" PRIu32
+                        " for ten frame times, then gives it up\n",
+                        node.c_str(), mPlan.troubled);
             break;
         case Cause::kSlowAllocation:
-            std::printf("node %s waits ten frame times for a buffer for frame %" PRIu32
-                        "\n               (%s)\n",
-                        name.c_str(), mPlan.troubled, session.slowAllocation().c_str());
+            std::printf(
+                    "  cause        node %s waits ten frame times for a buffer for frame %" PRIu32
+                    "\n",
+                    node.c_str(), mPlan.troubled);
             break;
         case Cause::kThermal:
-            std::printf("the device is hot from frame %" PRIu32 " on, its nodes slow down\n",
+            std::printf("  cause        hot from frame %" PRIu32 " on, all nodes slow down\n",
                         mPlan.hotFrom);
             break;
         case Cause::kNone:
-            std::printf("none\n");
+            std::printf("  cause        none, no frame is lost\n");
             break;
+    }
+    if (const auto& slow = session.slowAllocation()) {
+        std::printf("  allocation   %s, %" PRIu32 " KiB in %u s\n", slow->itemName,
+                    uint32_t{slow->allocSizeKB}, unsigned{slow->allocTimeSec});
     }
     for (const DropMonitor::Drop& drop : session.drops().drops()) {
         std::printf("  lost frame   %" PRIu32 ", announced as dropped; %s\n", drop.frame,
@@ -112,27 +123,21 @@ void SessionReport::printCause(const CameraSession& session) const {
     }
 }
 
-void SessionReport::printFiles() const {
+void SessionReport::printFiles(const Sizes& dumps, const Sizes& losses) const {
     std::printf("\nWrote\n");
-    for (const auto& [path, size] : FolderState(mRoot.dumpFolder()).writtenSince(mDumpsBefore)) {
+    for (const auto& [path, size] : dumps) {
         std::printf("  %s\n    %" PRIu64 " bytes, %" PRIu64 " records\n", path.c_str(), size,
                     size / zk::kFrameRecordSize);
     }
-    for (const auto& [path, size] : FolderState(mRoot.lossFolder()).writtenSince(mLossesBefore)) {
+    for (const auto& [path, size] : losses) {
         std::printf("  %s\n    %" PRIu64 " bytes, %ld lines\n", path.c_str(), size, linesOf(path));
     }
-    std::printf("  %s\n    the recorder's log\n", mRoot.logPath().c_str());
-}
-
-void SessionReport::printNextSteps() const {
-    const std::string vdrdump = vdrdumpPath();
-    std::printf("\nLook into it\n");
-    for (const auto& file : FolderState(mRoot.dumpFolder()).writtenSince(mDumpsBefore)) {
-        std::printf("  %s info %s\n", vdrdump.c_str(), file.path.c_str());
+    std::printf("  %s\n    the recorder's log\n\nRead\n", mRoot.logPath().c_str());
+    for (const auto& [path, size] : dumps) {
+        std::printf("  %s info %s\n", vdrdumpPath().c_str(), path.c_str());
     }
-    for (const auto& file : FolderState(mRoot.lossFolder()).writtenSince(mLossesBefore)) {
-        std::printf("  %s show %s --frame %" PRIu32 "\n", vdrdump.c_str(), file.path.c_str(),
-                    mPlan.troubled);
+    for (const auto& [path, size] : losses) {
+        std::printf("  %s show %s\n", vdrdumpPath().c_str(), path.c_str());
     }
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 
 #include "demo/CameraSession.h"
 #include "demo/DeviceRoot.h"
-#include "demo/FolderState.h"
 #include "demo/Options.h"
 #include "demo/SessionPlan.h"
 
@@ -19,16 +20,21 @@ public:
     void print(const CameraSession& session) const;
 
 private:
-    void printCause(const CameraSession& session) const;
+    using Sizes = std::map<std::string, uint64_t>;  // by path
+
+    static Sizes sizesIn(const std::string& folder);
+    // Files that are new or have grown.
+    static Sizes writtenSince(const Sizes& before, const std::string& folder);
+
     void printSession(const CameraSession& session) const;
-    void printFiles() const;
-    void printNextSteps() const;
+    void printCause(const CameraSession& session) const;
+    void printFiles(const Sizes& dumps, const Sizes& losses) const;
 
     const Options& mOptions;
     const SessionPlan& mPlan;
     const DeviceRoot& mRoot;
-    const FolderState mDumpsBefore;
-    const FolderState mLossesBefore;
+    const Sizes mDumpsBefore;
+    const Sizes mLossesBefore;
 };
 
 }  // namespace demo

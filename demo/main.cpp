@@ -1,3 +1,6 @@
+#include <cstdio>
+#include <exception>
+
 #include "demo/CameraSession.h"
 #include "demo/DeviceRoot.h"
 #include "demo/Options.h"
@@ -6,27 +9,23 @@
 #include "demo/SessionReport.h"
 
 int main(int argc, char** argv) {
-    constexpr int kPlayed = 0;
-    constexpr int kNotPlayed = 1;
     demo::Options options;
-    int status = kPlayed;
+    int status = 0;
     if (!options.parse(argc, argv, status)) {
         return status;
     }
-    demo::DeviceRoot root(options);
-    if (!root.prepare()) {
-        return kNotPlayed;
+    try {
+        const demo::DeviceRoot root(options);
+        root.prepare();
+        zk::IVideoDataRecoder& recorder = demo::RecorderLibrary::load(options.library);
+        const demo::SessionPlan plan(options.frames);
+        const demo::SessionReport report(options, plan, root);
+        demo::CameraSession session(recorder, options, plan);
+        session.play();
+        report.print(session);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vdr_demo: %s\n", error.what());
+        return 1;
     }
-    zk::IVideoDataRecoder* const recorder = demo::RecorderLibrary::load(options.library);
-    if (recorder == nullptr) {
-        return kNotPlayed;
-    }
-    const demo::SessionPlan plan(options.frames);
-    const demo::SessionReport report(options, plan, root);
-    demo::CameraSession session(*recorder, options, plan);
-    if (!session.play()) {
-        return kNotPlayed;
-    }
-    report.print(session);
-    return kPlayed;
+    return 0;
 }
