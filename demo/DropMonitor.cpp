@@ -22,7 +22,7 @@ void DropMonitor::watch(uint32_t frame, uint64_t age) {
 
 void DropMonitor::announce(uint32_t frame) {
     const uint64_t timeStamp = zk::platform::wallClockMicroseconds();
-    mDrops.push_back({frame, timeStamp, zk::SyncManager::getInstance()->getFuture(timeStamp)});
+    mDrops.push_back({frame, timeStamp, zk::SyncManager::getInstance()->getFuture(timeStamp), {}});
     auto& service = zk::host::MonitoringService::instance();
     service.announceFrameDrop(timeStamp, frame);
     // Played faster than life, the frames after the loss would be through before it is known.
@@ -33,8 +33,7 @@ void DropMonitor::awaitAnswers() {
     const auto limit = std::chrono::steady_clock::now() + kLongestWait;
     for (Drop& drop : mDrops) {
         if (drop.future.wait_until(limit) == std::future_status::ready) {
-            const bool isDone = drop.future.get() == zk::VDR_SYNC_DONE;
-            drop.answer = isDone ? Answer::kDone : Answer::kLimited;
+            drop.answer = drop.future.get();
         }
         zk::SyncManager::getInstance()->forget(drop.timeStamp);
     }

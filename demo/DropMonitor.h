@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <future>
+#include <optional>
 #include <vector>
 
 #include "demo/SessionPlan.h"
@@ -16,12 +17,11 @@ class DropMonitor {
 public:
     static constexpr uint64_t kLate = 5 * kFrameTime;
 
-    enum class Answer { kNone, kLimited, kDone };
     struct Drop {
         uint32_t frame;
         uint64_t timeStamp;  // microseconds since the epoch; names the drop
         std::shared_future<zk::VdrSyncCode> future;
-        Answer answer = Answer::kNone;
+        std::optional<zk::VdrSyncCode> answer;  // valid after awaitAnswers()
     };
 
     // To be told again and again of the oldest frame in the pipeline and of its age. Frames that

@@ -1,7 +1,8 @@
 #include "demo/FrameFactory.h"
 
 #include <algorithm>
-#include <string_view>
+#include <cstring>
+#include <vector>
 
 namespace demo {
 namespace {
@@ -11,17 +12,13 @@ constexpr double kSpread = 0.02;
 enum CaptureType : uint8_t { kPreview = 1, kVideo = 2, kLivePhoto = 5 };
 
 struct Algorithm {
-    std::string_view name;
+    char name[sizeof(vdr1::AlgoCostTime::name)];
     size_t node;          // where it runs
     double milliseconds;  // it takes there, a part of the node's work
 };
-constexpr Algorithm kPlugins[] = {{"HDR", 2, 7}, {"BOKEH", 4, 8}, {"BEAUT", 4, 5}, {"EIS", 5, 6}};
-constexpr Algorithm kSemantics[] = {{"FACE", 3, 4}, {"SKY", 3, 3}};
-
-template <size_t Size>
-void copyName(char (&name)[Size], std::string_view text) {
-    std::copy_n(text.begin(), std::min(text.size(), Size - 1), name);
-}
+using Algorithms = std::vector<Algorithm>;
+const Algorithms kPlugins = {{"HDR", 2, 7}, {"BOKEH", 4, 8}, {"BEAUT", 4, 5}, {"EIS", 5, 6}};
+const Algorithms kSemantics = {{"FACE", 3, 4}, {"SKY", 3, 3}};
 
 }  // namespace
 
@@ -54,34 +51,25 @@ void FrameFactory::fillHead(FrameFields& fields) const {
 }
 
 void FrameFactory::fillFeatures(FrameFields& fields) {
-    for (const uint32_t id : {0x1001U, 0x1002U, 0x1003U}) {
-        const auto delay = mNoise.around<uint64_t>(400e3 * (id & 0xf), kSpread);
-        fields.requests.push_back({id, 2, fields.csl.stamp + delay});
-    }
-    for (const uint32_t id : {0x2001U, 0x2002U}) {
-        const auto delay = mNoise.around<uint64_t>(900e3 * (id & 0xf), kSpread);
-        fields.messages.push_back({id, 1, fields.csl.stamp + delay});
-    }
+    const auto stampAfter = [&](double delay) {
+        return fields.csl.stamp + mNoise.around<uint64_t>(delay, kSpread);
+    };
+    fields.requests = {{0x1001, 2, stampAfter(400e3)}, {0x1002, 2, stampAfter(800e3)}};
+    fields.messages = {{0x2001, 1, stampAfter(900e3)}};
 }
 
-// An algorithm whose node has not come to its end tells no cost.
 void FrameFactory::fillAlgorithms(FrameFields& fields, const NodePipeline::Passage& passage) {
-    const auto costOf = [&](const Algorithm& algorithm) {
-        vdr1::AlgoCostTime cost{};
-        copyName(cost.name, algorithm.name);
-        cost.cost = mNoise.around<uint8_t>(algorithm.milliseconds * passage.slowness + 0.5, 0.05);
-        return cost;
+    const auto addCosts = [&](const Algorithms& from, std::vector<vdr1::AlgoCostTime>& to) {
+        for (const Algorithm& algorithm : from) {
+            const double cost = algorithm.milliseconds * passage.slowness + 0.5;
+            if (passage.isFinishedAt(algorithm.node)) {  // otherwise it tells none
+                to.push_back({{}, mNoise.around<uint8_t>(cost, 0.05)});
+                std::memcpy(to.back().name, algorithm.name, sizeof(algorithm.name));
+            }
+        }
     };
-    for (const Algorithm& plugin : kPlugins) {
-        if (passage.isFinishedAt(plugin.node)) {
-            fields.plugins.push_back(costOf(plugin));
-        }
-    }
-    for (const Algorithm& semantic : kSemantics) {
-        if (passage.isFinishedAt(semantic.node)) {
-            fields.semantics.push_back(costOf(semantic));
-        }
-    }
+    addCosts(kPlugins, fields.plugins);
+    addCosts(kSemantics, fields.semantics);
 }
 
 void FrameFactory::fillImage(FrameFields& fields) {
@@ -94,22 +82,12 @@ void FrameFactory::fillImage(FrameFields& fields) {
     for (size_t i = 0; i < 6; ++i) {
         exposure.ratios[i] = mNoise.around<float>(1.25, kSpread);
     }
-    exposure.word2 = mNoise.around<uint32_t>(50, kSpread);   // luma target
     exposure.short0 = mNoise.around<int16_t>(120, kSpread);  // lens position
-    for (size_t i = 0; i < 5; ++i) {
-        exposure.words3[i] = mNoise.around<uint32_t>(512, kSpread);
-    }
-    exposure.short1 = -12;
     for (size_t i = 0; i < 9; ++i) {
         fields.whiteBalance.gains[i] = mNoise.around<float>(i % 4 == 0 ? 1.0 : -0.25, kSpread);
     }
     fields.whiteBalance.word = mNoise.around<uint32_t>(4200, kSpread);  // kelvin
-    for (const char* const name : {"skin", "indoor_warm"}) {
-        vdr1::AwbCapSaInfo scene{};
-        copyName(scene.name, name);
-        scene.value = mNoise.around<float>(0.5, kSpread);
-        fields.scenes.push_back(scene);
-    }
+    fields.scenes = {{"indoor_warm", mNoise.around<float>(0.5, kSpread)}};
 }
 
 }  // namespace demo

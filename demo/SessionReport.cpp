@@ -1,7 +1,6 @@
 #include "demo/SessionReport.h"
 
 #include <algorithm>
-#include <cinttypes>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -14,21 +13,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const char* inWords(DropMonitor::Answer answer) {
-    switch (answer) {
-        case DropMonitor::Answer::kDone:
-            return "the recorder answered \"done\"";
-        case DropMonitor::Answer::kLimited:
-            return "the recorder answered \"limited\"";
-        case DropMonitor::Answer::kNone:
-            break;
+const char* inWords(const std::optional<zk::VdrSyncCode>& answer) {
+    if (!answer) {
+        return "without an answer";
     }
-    return "the recorder did not answer";
+    return *answer == zk::VDR_SYNC_DONE ? "answered \"done\"" : "answered \"limited\"";
 }
 
-long linesOf(const std::string& path) {
+size_t linesOf(const std::string& path) {
     std::ifstream file(path);
-    return std::count(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>(), '\n');
+    const std::istreambuf_iterator<char> begin(file);
+    return static_cast<size_t>(std::count(begin, {}, '\n'));
 }
 
 // The program that is built beside this one, as a shell here would call it.
@@ -58,79 +53,73 @@ SessionReport::Sizes SessionReport::sizesIn(const std::string& folder) {
 }
 
 SessionReport::Sizes SessionReport::writtenSince(const Sizes& before, const std::string& folder) {
-    Sizes sizes = sizesIn(folder);
-    for (const auto& [path, size] : before) {
-        if (const auto now = sizes.find(path); now != sizes.end() && now->second == size) {
-            sizes.erase(now);
-        }
-    }
-    return sizes;
+    const Sizes now = sizesIn(folder);
+    Sizes written;
+    std::set_difference(now.begin(), now.end(), before.begin(), before.end(),
+                        std::inserter(written, written.end()));
+    return written;
 }
 
 void SessionReport::print(const CameraSession& session) const {
     printSession(session);
-    printCause(session);
+    printLoss(session);
     printFiles(writtenSince(mDumpsBefore, mRoot.dumpFolder()),
                writtenSince(mLossesBefore, mRoot.lossFolder()));
 }
 
 void SessionReport::printSession(const CameraSession& session) const {
-    std::printf("Played\n  frames       %" PRIu32 " to %" PRIu32 " at level %" PRIu32 ", %s\n",
-                mPlan.frames.first, mPlan.frames.last, mOptions.level,
+    std::printf("Played\n  frames       %u to %u at level %u, %s\n", mPlan.frames.first,
+                mPlan.frames.last, mOptions.level,
                 mOptions.realtime ? "30 a second" : "as fast as possible");
-    std::printf("  status       %s\n", mOptions.steady ? "invented" : "this machine's, sampled");
-    std::printf("  recording    frames %" PRIu32 " to %" PRIu32 "; %" PRIu32
-                " records went along\n",
-                mPlan.video.first, mPlan.video.last - 1, session.videoRecords());
-    std::printf("  live photo   frames");
+    std::printf("  status       %s\n",
+                mOptions.steady ? "invented" : "this machine's, from the recorder's sampler");
+    std::printf("  recording    frames %u to %u, %u records went along\n", mPlan.video.first,
+                mPlan.video.last - 1, session.videoRecords());
+    std::printf("  live photo   frames %u to %u asked for, reply state %d, received",
+                mPlan.requested.first, mPlan.requested.last, session.livePhoto().replyState());
     for (const uint32_t frame : session.livePhoto().framesReceived()) {
-        std::printf(" %" PRIu32, frame);
+        std::printf(" %u", frame);
     }
-    std::printf("; the recorder replied state %d\n", session.livePhoto().replyState());
-    std::printf("  fences       %" PRIu32 " parked, %" PRIu32 " taken back\n",
-                session.chi().parked(), session.chi().takenBack());
+    std::printf("\n  fences       %u parked, %u taken back\n", session.chi().parked(),
+                session.chi().takenBack());
 }
 
-void SessionReport::printCause(const CameraSession& session) const {
-    const auto node = NodePipeline::troubledNode(mOptions.cause);
+void SessionReport::printLoss(const CameraSession& session) const {
+    const std::string node = NodePipeline::troubledNode(mOptions.cause);
     switch (mOptions.cause) {
         case Cause::kStuckNode:
-            std::printf("  cause        node %s holds frame %" PRIu32
-                        " for ten frame times, then gives it up\n",
-                        node.c_str(), mPlan.troubled);
+            std::printf("  cause        node %s holds frame %u for ten frame times\n", node.c_str(),
+                        mPlan.troubled);
             break;
         case Cause::kSlowAllocation:
-            std::printf(
-                    "  cause        node %s waits ten frame times for a buffer for frame %" PRIu32
-                    "\n",
-                    node.c_str(), mPlan.troubled);
+            std::printf("  cause        node %s waits ten frame times for a buffer for frame %u\n",
+                        node.c_str(), mPlan.troubled);
             break;
         case Cause::kThermal:
-            std::printf("  cause        hot from frame %" PRIu32 " on, all nodes slow down\n",
+            std::printf("  cause        hot from frame %u on, all nodes slow down\n",
                         mPlan.hotFrom);
             break;
         case Cause::kNone:
-            std::printf("  cause        none, no frame is lost\n");
+            std::printf("  cause        none\n");
             break;
     }
     if (const auto& slow = session.slowAllocation()) {
-        std::printf("  allocation   %s, %" PRIu32 " KiB in %u s\n", slow->itemName,
-                    uint32_t{slow->allocSizeKB}, unsigned{slow->allocTimeSec});
+        std::printf("  allocation   %s, %u KiB in %u s\n", slow->itemName,
+                    uint32_t{slow->allocSizeKB}, uint32_t{slow->allocTimeSec});
     }
     for (const DropMonitor::Drop& drop : session.drops().drops()) {
-        std::printf("  lost frame   %" PRIu32 ", announced as dropped; %s\n", drop.frame,
-                    inWords(drop.answer));
+        std::printf("  lost frame   %u, announced and %s\n", drop.frame, inWords(drop.answer));
     }
 }
 
 void SessionReport::printFiles(const Sizes& dumps, const Sizes& losses) const {
     std::printf("\nWrote\n");
     for (const auto& [path, size] : dumps) {
-        std::printf("  %s\n    %" PRIu64 " bytes, %" PRIu64 " records\n", path.c_str(), size,
+        std::printf("  %s\n    %lu bytes, %lu records\n", path.c_str(), size,
                     size / zk::kFrameRecordSize);
     }
     for (const auto& [path, size] : losses) {
-        std::printf("  %s\n    %" PRIu64 " bytes, %ld lines\n", path.c_str(), size, linesOf(path));
+        std::printf("  %s\n    %lu bytes, %zu lines\n", path.c_str(), size, linesOf(path));
     }
     std::printf("  %s\n    the recorder's log\n\nRead\n", mRoot.logPath().c_str());
     for (const auto& [path, size] : dumps) {

@@ -27,7 +27,7 @@ private:
     static Sizes writtenSince(const Sizes& before, const std::string& folder);
 
     void printSession(const CameraSession& session) const;
-    void printCause(const CameraSession& session) const;
+    void printLoss(const CameraSession& session) const;
     void printFiles(const Sizes& dumps, const Sizes& losses) const;
 
     const Options& mOptions;
