@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "demo/FieldTags.h"
 #include "platform/host/ThreadPoolControl.h"
+#include "records/FieldTags.h"
 
 namespace demo {
 namespace {

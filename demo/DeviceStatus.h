@@ -6,7 +6,7 @@
 #include "demo/Options.h"
 #include "demo/SessionPlan.h"
 #include "recorder/IVideoDataRecoder.h"
-#include "records/VDRData1.h"
+#include "records/VDRData1Layout.h"
 
 namespace demo {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "demo/NodePipeline.h"
-#include "records/VDRData1.h"
+#include "records/VDRData1Layout.h"
 
 namespace demo {
 

@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "demo/FieldTags.h"
+#include "records/FieldTags.h"
 
 namespace demo {
 

@@ -8,7 +8,7 @@
 #include "demo/Noise.h"
 #include "demo/Options.h"
 #include "demo/SessionPlan.h"
-#include "records/VDRData1.h"
+#include "records/VDRData1Layout.h"
 
 namespace demo {
 

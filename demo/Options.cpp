@@ -16,6 +16,11 @@ const std::map<std::string, Cause> kCauses = {{"stuck-node", Cause::kStuckNode},
                                               {"thermal", Cause::kThermal},
                                               {"none", Cause::kNone}};
 
+// Without a folder the dumps would go where a device has them.
+std::string isGiven(const std::string& root) {
+    return root.empty() ? "expected a folder" : "";
+}
+
 constexpr char kMore[] = R"(
 Causes:
   stuck-node       one node holds the frame for ten frame times and gives up; the frame is
@@ -59,7 +64,8 @@ bool Options::parse(int argc, const char* const* argv, int& status) {
             ->capture_default_str();
     app.add_option("--root", root, "Folder that stands for the device's file tree")
             ->type_name("DIR")
-            ->capture_default_str();
+            ->capture_default_str()
+            ->check(isGiven);
     app.add_option("--library", library, "Recorder library to load")
             ->type_name("PATH")
             ->default_str("the one built with the demo");

@@ -63,8 +63,7 @@ SessionReport::Sizes SessionReport::writtenSince(const Sizes& before, const std:
 void SessionReport::print(const CameraSession& session) const {
     printSession(session);
     printLoss(session);
-    printFiles(writtenSince(mDumpsBefore, mRoot.dumpFolder()),
-               writtenSince(mLossesBefore, mRoot.lossFolder()));
+    printFiles(session);
 }
 
 void SessionReport::printSession(const CameraSession& session) const {
@@ -112,7 +111,9 @@ void SessionReport::printLoss(const CameraSession& session) const {
     }
 }
 
-void SessionReport::printFiles(const Sizes& dumps, const Sizes& losses) const {
+void SessionReport::printFiles(const CameraSession& session) const {
+    const Sizes dumps = writtenSince(mDumpsBefore, mRoot.dumpFolder());
+    const Sizes losses = writtenSince(mLossesBefore, mRoot.lossFolder());
     std::printf("\nWrote\n");
     for (const auto& [path, size] : dumps) {
         std::printf("  %s\n    %lu bytes, %lu records\n", path.c_str(), size,
@@ -126,7 +127,8 @@ void SessionReport::printFiles(const Sizes& dumps, const Sizes& losses) const {
         std::printf("  %s info %s\n", vdrdumpPath().c_str(), path.c_str());
     }
     for (const auto& [path, size] : losses) {
-        std::printf("  %s show %s\n", vdrdumpPath().c_str(), path.c_str());
+        std::printf("  %s show %s --frame %u\n", vdrdumpPath().c_str(), path.c_str(),
+                    session.drops().drops().back().frame);
     }
 }
 

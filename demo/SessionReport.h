@@ -28,7 +28,7 @@ private:
 
     void printSession(const CameraSession& session) const;
     void printLoss(const CameraSession& session) const;
-    void printFiles(const Sizes& dumps, const Sizes& losses) const;
+    void printFiles(const CameraSession& session) const;
 
     const Options& mOptions;
     const SessionPlan& mPlan;

@@ -15,6 +15,7 @@
 #include "records/FieldTags.h"
 #include "records/VDRData1.h"
 #include "records/VDRData2.h"
+#include "records/makeName2Tag.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 
 namespace zk {
@@ -40,7 +41,7 @@ ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
         mBinDumpFile(mDataPoolLock),
         mFrameRecordPool(mDataPoolLock),
         mName2Tag(makeName2Tag()),
-        mTag2WriteFunc(kTagCount),
+        mTag2WriteFunc(tag::kCount),
         mLossAccounts(std::make_shared<LossAccounts>()),
         mFrameLossLimit(mLossAccounts),
         mFrameLossHistory(mVDRLevel, mLossAccounts) {
@@ -176,7 +177,7 @@ void ZkaVideoDataRecoderImpl::unInitialize() {
 
 void ZkaVideoDataRecoderImpl::writeMaintain(uint32_t frameNumber, uint32_t tagId,
                                             const void* data) {
-    if (tagId >= kTagCount || data == nullptr) {
+    if (tagId >= tag::kCount || data == nullptr) {
         VDR_LOGE("VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=%d, frameNumber=%d!",
                  static_cast<int>(tagId), static_cast<int>(frameNumber));
         return;
@@ -209,7 +210,7 @@ void ZkaVideoDataRecoderImpl::writeMaintains(uint32_t frameNumber, const uint32_
         return;
     }
     for (uint32_t i = 0; i < count; ++i) {
-        if (tagIds[i] >= kTagCount) {
+        if (tagIds[i] >= tag::kCount) {
             VDR_LOGE("VDR::writeMaintains, tagId is wrong, tagId=%d, frameNumber=%d!",
                      static_cast<int>(tagIds[i]), static_cast<int>(frameNumber));
         } else if (const WriteFunc writer = writerOf(tagIds[i]); writer != nullptr) {
@@ -275,7 +276,7 @@ void ZkaVideoDataRecoderImpl::markWritable(uint32_t frameNumber, bool& writable)
     }
     VDR_LOGI("VDR::markWritable, mFirstVideoFrameNum = %u!", frameNumber);
     mSystemStatus.startVideo(platform::wallClockSeconds());
-    writeMaintain(frameNumber, kTagVideoAction, &kVideoStarts);
+    writeMaintain(frameNumber, tag::videoAction, &kVideoStarts);
 }
 
 void ZkaVideoDataRecoderImpl::markUnWritable(uint32_t frameNumber) {
@@ -289,7 +290,7 @@ void ZkaVideoDataRecoderImpl::markUnWritable(uint32_t frameNumber) {
     }
     VDR_LOGI("VDR::markUnWritable, mLastVideoFrameNum = %u!", frameNumber - 1);
     mSystemStatus.endVideo(platform::wallClockSeconds());
-    writeMaintain(frameNumber, kTagVideoAction, &kVideoEnded);
+    writeMaintain(frameNumber, tag::videoAction, &kVideoEnded);
 }
 
 void ZkaVideoDataRecoderImpl::getVDRStatus(bool* status) {
@@ -311,7 +312,7 @@ void ZkaVideoDataRecoderImpl::checkPreviewAndVideoStatus(uint32_t frameNumber,
 
 void ZkaVideoDataRecoderImpl::WriteMaintainForLivePhoto(uint32_t frameNumber, uint32_t tagId,
                                                         const void* data) {
-    if (tagId >= kTagCount || data == nullptr) {
+    if (tagId >= tag::kCount || data == nullptr) {
         VDR_LOGE(
                 "VDR::WriteMaintainForLivePhoto, tagId is wrong or data is nullptr, tagId=%d, "
                 "frameNumber=%d!",

@@ -63,7 +63,10 @@ TEST_F(FrameLostTxtFileTest, StoppedPool_WritesWhenItStartsAgain_EvenAfterTheRec
     host::stopThreadPool();
     for (uint32_t number = 11; number <= 40; ++number) {
         // Two lists of so many are too long a line, and rendering it shows in the log.
-        frame(number).write(17, kMany).write(36, kMany).done();
+        frame(number)
+                .write(tag::nodeInfoCount, kMany)
+                .write(tag::awbInfo_qawb_cap_saCount, kMany)
+                .done();
         recorder().VDRReport(0);
     }
     play("!41 42-71 stop");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <set>
 #include <sstream>
@@ -12,6 +13,7 @@
 #include "platform/host/MonitoringService.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
+#include "records/VDRData1.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 #include "tests/RecorderTest.h"
 
@@ -25,8 +27,7 @@ constexpr uint32_t kFramesPerDrop = 500;
 constexpr uint32_t kAhead = 100;
 constexpr uint32_t kFramesPerPhoto = 40;
 constexpr uint32_t kFramesPerSlowAllocation = 25;
-constexpr uint32_t kTagAllocation = 38;
-constexpr size_t kAllocationAt = 3945;
+constexpr size_t kAllocationAt = offsetof(vdr1::VDRData1, memoryAllocTimeoutInfo);
 constexpr uint64_t kDay = 86400000000;  // microseconds
 // Per session. A loss whose account another follows is never settled, so its account stays.
 constexpr size_t kBytesOfAccounts = size_t{8} * 512;
@@ -67,7 +68,7 @@ protected:
             recorder().SetMemAllocTimeOutInfo({"soak", 6000, 1, 4096});
             MemoryAllocTimeoutInfo slow{};
             recorder().GetMemAllocTimeOutInfo(slow);
-            current.write(kTagAllocation, slow);
+            current.write(tag::memoryAllocTimeoutInfo, slow);
         }
         if (isPhoto) {
             recorder().CacheDataForLivePhoto(number);

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <new>
 
-#include "records/FieldTags.h"
 #include "tests/faults/WholeSessionTest.h"
 
 // Every allocation that the recorder's own code asks of malloc, or of new without an exception,
@@ -142,12 +141,12 @@ TEST_F(FramePathTest, AllocatesNothingAfterTheFirstFrames) {
         }
         const size_t before = allocationsOfThread;
         recorder().VDRProcessing(number);
-        recorder().writeMaintain(number, 0, &number);
-        for (uint32_t tag = 1; tag < kTagCount; ++tag) {
-            recorder().writeMaintain(number, tag, field.data());
+        recorder().writeMaintain(number, tag::frameNumber, &number);
+        for (uint32_t tagId = tag::cslInfo; tagId < tag::kCount; ++tagId) {
+            recorder().writeMaintain(number, tagId, field.data());
         }
         recorder().CacheDataForLivePhoto(number);
-        recorder().WriteMaintainForLivePhoto(number, 0, &number);
+        recorder().WriteMaintainForLivePhoto(number, tag::frameNumber, &number);
         recorder().DoneDataForLivePhoto(number);
         unsigned long chiFrame = number;
         uint8_t tag = 0;
