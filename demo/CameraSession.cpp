@@ -62,12 +62,10 @@ void CameraSession::close() {
 }
 
 void CameraSession::playFrames() {
-    auto nextFrame = std::chrono::steady_clock::now();
     uint32_t entered = 0;
     while (entered < mPlan.frames.count() || !mUnderWay.empty()) {
         if (mOptions.realtime) {
-            std::this_thread::sleep_until(nextFrame);
-            nextFrame += std::chrono::nanoseconds(kFrameTime);
+            std::this_thread::sleep_for(std::chrono::nanoseconds(kFrameTime));
         }
         completeUntilNow();
         if (!mUnderWay.empty()) {
@@ -123,8 +121,8 @@ void CameraSession::completeUntilNow() {
     }
 }
 
-// Every frame that has entered, one that its nodes gave up too: a record that is never done is lost
-// to the recorder until the session ends.
+// Comes for every frame that has entered, for one that a node gave up too: a record that is never
+// done stays taken until the session ends.
 void CameraSession::complete(const FrameFields& fields) {
     const uint32_t frame = fields.number;
     if (mOptions.cause == Cause::kSlowAllocation && frame == mPlan.troubled) {

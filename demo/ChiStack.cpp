@@ -12,7 +12,7 @@ constexpr uint32_t kImageBuffer = 3;
 }  // namespace
 
 void ChiStack::submit(uint32_t frame) {
-    mRecorder.SetChiFenceMap(&fenceOf(frame), frame + kAhead, kPreviewFence);
+    mRecorder.SetChiFenceMap(fenceOf(frame), frame + kAhead, kPreviewFence);
     mRecorder.SetChiFrameMap(frame + kAhead, frame);
     ++mParked;
 }
@@ -20,7 +20,7 @@ void ChiStack::submit(uint32_t frame) {
 void ChiStack::takeBack(uint32_t frame) {
     unsigned long chiFrame = 0;
     uint8_t fenceTag = 0;
-    mRecorder.GetChiFenceMap(&fenceOf(frame), chiFrame, fenceTag);
+    mRecorder.GetChiFenceMap(fenceOf(frame), chiFrame, fenceTag);
     uint32_t pipelineFrame = 0;  // stays as it is where nothing was parked
     mRecorder.GetChiFrameMap(static_cast<uint32_t>(chiFrame), pipelineFrame);
     mTakenBack += pipelineFrame == frame ? 1 : 0;

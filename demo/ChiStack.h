@@ -25,14 +25,10 @@ public:
     uint32_t takenBack() const { return mTakenBack; }
 
 private:
-    struct Fence {
-        uint32_t frame;
-    };
-
-    Fence& fenceOf(uint32_t frame) { return mFences[frame % mFences.size()]; }
+    void* fenceOf(uint32_t frame) { return &mFences[frame % mFences.size()]; }
 
     zk::IVideoDataRecoder& mRecorder;
-    std::array<Fence, 64> mFences{};  // reused: only their addresses matter
+    std::array<uint8_t, 64> mFences{};  // reused: only their addresses matter
     uint32_t mParked = 0;
     uint32_t mTakenBack = 0;
 };

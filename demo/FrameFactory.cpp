@@ -63,7 +63,7 @@ void FrameFactory::fillAlgorithms(FrameFields& fields, const NodePipeline::Passa
         for (const Algorithm& algorithm : from) {
             const double cost = algorithm.milliseconds * passage.slowness + 0.5;
             if (passage.isFinishedAt(algorithm.node)) {  // otherwise it tells none
-                to.push_back({{}, mNoise.around<uint8_t>(cost, 0.05)});
+                to.push_back({{}, mNoise.around<uint8_t>(cost, 0.15)});
                 std::memcpy(to.back().name, algorithm.name, sizeof(algorithm.name));
             }
         }

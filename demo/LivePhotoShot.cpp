@@ -27,7 +27,7 @@ uint32_t appFrame(uint32_t frame) {
 LivePhotoShot::LivePhotoShot(zk::IVideoDataRecoder& recorder, const SessionPlan& plan)
       : mRecorder(recorder), mPlan(plan), mWriter(recorder) {
     zk::host::setFirstAppFrameNumber(kFirstAppFrame);
-    // Called by the recorder, which is built without exceptions: nothing may be thrown here.
+    // Called by the recorder: nothing may be thrown here.
     mRecorder.RegisterCamDataCb(
             [reply = mReply](uint32_t /*code*/, std::string text) { reply->swap(text); });
 }

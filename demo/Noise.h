@@ -12,13 +12,10 @@ public:
 
     // `value` give or take up to `spread`, a fraction of it. The standard distributions give other
     // numbers with another library, so this takes none of them.
-    double around(double value, double spread) {
-        const double turn = 2 * (static_cast<double>(mGenerator()) / std::mt19937::max()) - 1;
-        return value * (1 + spread * turn);
-    }
     template <typename T>
     T around(double value, double spread) {
-        return static_cast<T>(around(value, spread));
+        const double turn = 2 * (static_cast<double>(mGenerator()) / std::mt19937::max()) - 1;
+        return static_cast<T>(value * (1 + spread * turn));
     }
 
 private:

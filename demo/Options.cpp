@@ -22,15 +22,16 @@ std::string isGiven(const std::string& root) {
 }
 
 constexpr char kMore[] = R"(
-Causes:
-  stuck-node       one node holds the frame for ten frame times and gives up; the frame is
-                   completed without the nodes behind it
-  slow-allocation  one node waits ten frame times for a buffer; the frame comes out too late
-  thermal          the device grows hot, all nodes slow down until a frame comes out too late
+Causes, which hit the frame in the middle of the session:
+  stuck-node       one node holds it for ten frame times and gives up; it never
+                   reaches the nodes behind, and is completed all the same
+  slow-allocation  one node waits ten frame times for a buffer
+  thermal          the device grows hot, and all nodes slow down until a frame is late
   none             no frame is lost
 
-Below DIR lie the dump files (data/vendor/...), the recorder's log (logcat.txt), and links to this
-machine's /proc and /sys, which the recorder samples, unless a proc or sys is there already.
+Below DIR lie the dump files (data/vendor/...), the recorder's log (logcat.txt), and
+what the recorder samples: links to this machine's /proc and /sys, unless a proc or
+sys is there already.
 
 Exit status: 0 played, 1 could not be played, 2 wrong usage.)";
 
@@ -43,7 +44,7 @@ bool Options::parse(int argc, const char* const* argv, int& status) {
             "vdr_demo");
     app.add_option_function<std::string>(
                "--cause", [this](const std::string& name) { cause = kCauses.at(name); },
-               "Why the frame in the middle of the session is lost (below)")
+               "Why a frame is lost (see below)")
             ->type_name("CAUSE")
             ->default_str("stuck-node")
             ->check(CLI::IsMember(kCauses).description(""));
@@ -55,10 +56,10 @@ bool Options::parse(int argc, const char* const* argv, int& status) {
             ->type_name("N")
             ->capture_default_str()
             ->check(CLI::Range(1, 2).description(""));
-    app.add_flag("--realtime", realtime, "30 frames a second instead of as fast as possible");
+    app.add_flag("--realtime", realtime, "30 frames a second, not as fast as possible");
     app.add_flag("--steady", steady,
-                 "Invented device status in the records, not this machine's: the same options\n"
-                 "then write the same bytes, at either level");
+                 "Invented device status, not this machine's:\n"
+                 "the same options then write the same bytes");
     app.add_option("--seed", seed, "Of the small differences from frame to frame")
             ->type_name("N")
             ->capture_default_str();
