@@ -29,7 +29,8 @@ size_t linesOf(const std::string& path) {
 // The program that is built beside this one, as a shell here would call it.
 std::string vdrdumpPath() {
     const fs::path build = fs::read_symlink("/proc/self/exe").parent_path().parent_path();
-    return fs::proximate(build / "tools" / "vdrdump").string();
+    const fs::path program = build / "tools" / "vdrdump";
+    return fs::exists(program) ? fs::proximate(program).string() : "vdrdump";
 }
 
 }  // namespace
@@ -126,9 +127,10 @@ void SessionReport::printFiles(const CameraSession& session) const {
     for (const auto& [path, size] : dumps) {
         std::printf("  %s info %s\n", vdrdumpPath().c_str(), path.c_str());
     }
-    for (const auto& [path, size] : losses) {
-        std::printf("  %s show %s --frame %u\n", vdrdumpPath().c_str(), path.c_str(),
-                    session.drops().drops().back().frame);
+    const auto& drops = session.drops().drops();
+    if (!losses.empty() && !drops.empty()) {
+        std::printf("  %s show %s --frame %u\n", vdrdumpPath().c_str(),
+                    losses.begin()->first.c_str(), drops.front().frame);
     }
 }
 
