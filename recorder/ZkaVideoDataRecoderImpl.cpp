@@ -13,8 +13,7 @@
 #include "platform/Properties.h"
 #include "platform/SyncManager.h"
 #include "records/FieldTags.h"
-#include "records/VDRData1.h"
-#include "records/VDRData2.h"
+#include "records/RecordLevel.h"
 #include "records/makeName2Tag.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 
@@ -104,23 +103,15 @@ void ZkaVideoDataRecoderImpl::initialize(uint8_t videoDebugSupport, int32_t scen
     }
     mVDRStatus = true;
     VDR_LOGI("VDR::initialize, open VDR(sceneMode:%d)!", sceneMode);
-    if (mVDRLevel == 2) {
-        mName2FuncMap = vdr2::VDRData2::getName2FuncMap();
-        VDR_LOGI(
-                "VDR::initialize ZkaVideoDataRecoderImpl, "
-                "vdr2::VDRData2::getName2FuncMap()=%p!",
-                static_cast<const void*>(mName2FuncMap));
-    } else if (mVDRLevel == 1) {
-        mName2FuncMap = vdr1::VDRData1::getName2FuncMap();
-        VDR_LOGI(
-                "VDR::initialize ZkaVideoDataRecoderImpl, "
-                "vdr1::VDRData1::getName2FuncMap()=%p!",
-                static_cast<const void*>(mName2FuncMap));
-    } else {
+    const RecordLevel* const level = RecordLevel::find(mVDRLevel);
+    if (level == nullptr) {
         VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, VDR level not match any, close VDR!");
         mVDRStatus = false;
         return;
     }
+    mName2FuncMap = level->getName2FuncMap();
+    VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, %s::getName2FuncMap()=%p!", level->name,
+             static_cast<const void*>(mName2FuncMap));
     bindWriters();
     VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=%d!",
              static_cast<int>(mTag2WriteFunc.size()));

@@ -31,11 +31,10 @@ public:
     // Up to the next NUL, which the field's width does not bound; the block's end does.
     RecordLine& text(size_t width);
 
-    // The count at `countOffset`, then `columns(*this)` once per element. The count is trusted
-    // even where it exceeds the array: the record is shown as it is.
+    // `columns(*this)` for each element in use, as many as the byte at `countOffset` says. It is
+    // trusted even where it exceeds the array: the record is shown as it is.
     template <typename Columns>
     void elements(size_t countOffset, size_t offset, size_t elementSize, Columns columns) {
-        at(countOffset).u8();
         const size_t count = read<uint8_t>(countOffset);
         for (size_t i = 0; i < count && !mFull; ++i) {
             at(offset + i * elementSize);

@@ -1,7 +1,9 @@
 #include <cstddef>
 #include <cstring>
+#include <sstream>
 
 #include "records/VDRData1.h"
+#include "records/VDRData2.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
@@ -64,6 +66,21 @@ TEST_P(FieldWritersTest, Tag_ReachesItsFieldAndNothingElseChanges) {
     recorder().VDRProcessing(7);
     recorder().writeMaintains(7, tags, nulls, 2);
     EXPECT_EQ(countLogged("VDR::maintainData == nullptr || data == nullptr!"), 2U);
+}
+
+// Both levels write the same bytes today; the address tells whose writers are bound.
+TEST_P(FieldWritersTest, Level_HasItsOwnWriters) {
+    const bool isFirst = GetParam() == 1;
+    const Name2FuncMap* const writers =
+            isFirst ? vdr1::VDRData1::getName2FuncMap() : vdr2::VDRData2::getName2FuncMap();
+    useLevel(GetParam());
+    openSession(-1);
+    std::ostringstream bound;
+    bound << "getName2FuncMap()=" << static_cast<const void*>(writers);
+    EXPECT_EQ(countLogged(bound.str()), 1U);
+    EXPECT_EQ(writers->size(), tag::kCount);
+    EXPECT_EQ(writers->at("zoomRatio"),
+              isFirst ? vdr1::VDRData1::write_zoomRatio : vdr2::VDRData2::write_zoomRatio);
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, FieldWritersTest, testing::Values(1, 2));
