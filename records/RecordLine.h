@@ -21,13 +21,19 @@ public:
         return *this;
     }
 
-    RecordLine& u8(size_t count = 1);
-    RecordLine& u16(size_t count = 1);
-    RecordLine& u32(size_t count = 1);
-    RecordLine& u64(size_t count = 1);
+    // One value, or so many: most columns are one, and a loop around it would cost a tenth.
+    RecordLine& u8();
+    RecordLine& u8(size_t count);
+    RecordLine& u16();
+    RecordLine& u16(size_t count);
+    RecordLine& u32();
+    RecordLine& u32(size_t count);
+    RecordLine& u64();
+    RecordLine& u64(size_t count);
     RecordLine& i16();
     // As "%f" prints it.
-    RecordLine& f32(size_t count = 1);
+    RecordLine& f32();
+    RecordLine& f32(size_t count);
     // Up to the next NUL, which the field's width does not bound; the block's end does.
     RecordLine& text(size_t width);
 
