@@ -4,7 +4,6 @@
 
 namespace KoOrn {
 
-// The camera stack's counter of the memory that captures hold. One thread at a time.
 class CaptureNumCalc {
 public:
     void Init();

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/OrnEvent.h"
+
+namespace ZkCamera {
+
+class FrameDropNotification : public Orn::IEventBase {
+public:
+    uint64_t mTimeStamp;
+    uint64_t mFrameNumber;
+};
+
+}  // namespace ZkCamera
