@@ -19,20 +19,33 @@ int zk::host::openCaptureCounters() {
     return openCounters;
 }
 
+namespace KoOrn {
+
+class CaptureNumCalc {
+public:
+    static void Init() { ++openCounters; }
+    static uint32_t CountUsedMem() { return captureMemory; }
+    static void UnInit() { --openCounters; }
+};
+
+}  // namespace KoOrn
+
 namespace zk::platform {
 
-CaptureCounter::CaptureCounter() : mCounter(nullptr) {
-    ++openCounters;
+CaptureCounter::CaptureCounter() : mCounter(new KoOrn::CaptureNumCalc) {
+    mCounter->Init();
 }
 
-CaptureCounter::~CaptureCounter() = default;
+CaptureCounter::~CaptureCounter() {
+    delete mCounter;
+}
 
 uint32_t CaptureCounter::usedMemory() const {
-    return captureMemory;
+    return mCounter->CountUsedMem();
 }
 
 void CaptureCounter::close() {
-    --openCounters;
+    mCounter->UnInit();
 }
 
 }  // namespace zk::platform

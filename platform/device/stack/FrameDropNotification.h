@@ -2,6 +2,7 @@
 
 #include "platform/OrnEvent.h"
 
+// In the place of the camera stack's own header: what platform/device/ takes for granted of it.
 namespace ZkCamera {
 
 class FrameDropNotification : public Orn::IEventBase {

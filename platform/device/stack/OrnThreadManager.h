@@ -3,6 +3,7 @@
 #include <future>
 #include <type_traits>
 
+// In the place of the camera stack's own header: what platform/device/ takes for granted of it.
 namespace zk {
 
 class OrnThreadManager {
