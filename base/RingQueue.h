@@ -53,9 +53,9 @@ public:
 
     // `count` is at most size().
     void dropNewest(size_t count) { mSize -= count; }
-    // Copies of the `count` newest elements of `other`, which has as many; there must be room.
-    void appendNewest(const RingQueue& other, size_t count) {
-        for (size_t i = other.mSize - count; i < other.mSize; ++i) {
+    // Copies of `count` elements of `other` from its place `first` on; there must be room for them.
+    void append(const RingQueue& other, size_t first, size_t count) {
+        for (size_t i = first; i < first + count; ++i) {
             push_back(other[i]);
         }
     }
@@ -80,16 +80,6 @@ public:
         mCapacity = capacity;
         mFront = 0;
         return true;
-    }
-
-    // A queue of copies of the `count` oldest elements; shorter where memory is refused.
-    RingQueue oldest(size_t count) const {
-        RingQueue result;
-        if (count > 0 && result.reserve(count)) {
-            copyTo(result.mItems, count);
-            result.mSize = count;
-        }
-        return result;
     }
 
 private:

@@ -17,7 +17,7 @@ constexpr uint32_t kFirst = 1000;  // frame number
 void take(IVideoDataRecoder& recorder, uint32_t first, uint32_t count) {
     for (uint32_t number = first; number < first + count; ++number) {
         recorder.VDRProcessing(number);
-        recorder.writeMaintain(number, kTagFrameNumber, &number);
+        recorder.writeMaintain(number, tag::frameNumber, &number);
     }
 }
 
@@ -94,7 +94,7 @@ Row scalarWrite(IVideoDataRecoder& recorder) {
         const float zoom = 1.5F;
         take(recorder, kFirst, kInFlight);
         measure(state, [&](int64_t i) {
-            recorder.writeMaintain(kFirst + static_cast<uint32_t>(i) % kInFlight, kTagZoomRatio,
+            recorder.writeMaintain(kFirst + static_cast<uint32_t>(i) % kInFlight, tag::zoomRatio,
                                    &zoom);
         });
         finish(recorder, kFirst, kInFlight);
@@ -108,13 +108,13 @@ Row arrayAppend(IVideoDataRecoder& recorder) {
         const uint8_t none = 0;
         const auto emptyArrays = [&] {
             for (uint32_t number = kFirst; number < kFirst + kInFlight; ++number) {
-                recorder.writeMaintain(number, kTagNodeInfoCount, &none);
+                recorder.writeMaintain(number, tag::nodeInfoCount, &none);
             }
         };
         take(recorder, kFirst, kInFlight);
         measure(state, kInFlight * kMostNodes, emptyArrays, [&](int64_t i) {
-            recorder.writeMaintain(kFirst + static_cast<uint32_t>(i) % kInFlight, kTagNodeInfo,
-                                   frame.data(kTagNodeInfo));
+            recorder.writeMaintain(kFirst + static_cast<uint32_t>(i) % kInFlight, tag::nodeInfo,
+                                   frame.data(tag::nodeInfo));
         });
         finish(recorder, kFirst, kInFlight);
     };
@@ -127,12 +127,12 @@ Row writeOfAllTags(IVideoDataRecoder& recorder) {
         take(recorder, kFirst, kInFlight);
         measure(state, [&](int64_t i) {
             recorder.writeMaintains(kFirst + static_cast<uint32_t>(i) % kInFlight, frame.allTags(),
-                                    frame.allDatas(), kTagCount);
+                                    frame.allDatas(), tag::kCount);
         });
         finish(recorder, kFirst, kInFlight);
     };
     size_t bytes = 0;
-    for (uint32_t tagId = 0; tagId < kTagCount; ++tagId) {
+    for (uint32_t tagId = 0; tagId < tag::kCount; ++tagId) {
         bytes += sizeOfWrite(tagId);
     }
     return {{"writeMaintains of 39 tags", run},

@@ -97,7 +97,7 @@ Row dump(Device& device) {
 void completeFrames(IVideoDataRecoder& recorder, uint32_t first, uint32_t count) {
     for (uint32_t number = first; number < first + count; ++number) {
         recorder.VDRProcessing(number);
-        recorder.writeMaintain(number, kTagFrameNumber, &number);
+        recorder.writeMaintain(number, tag::frameNumber, &number);
         recorder.VDRDone(number);
     }
 }

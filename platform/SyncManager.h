@@ -5,6 +5,8 @@
 #include <memory>
 #include <utility>
 
+#include "base/pinOperations.h"
+
 namespace zk {
 
 // How the recorder settled an announced frame drop.
@@ -30,5 +32,7 @@ public:
 protected:
     ~SyncManager() = default;
 };
+VDR_PIN_OPERATIONS(SyncManager, 0, &SyncManager::getFuture, &SyncManager::forget,
+                   &SyncManager::getPromise);
 
 }  // namespace zk

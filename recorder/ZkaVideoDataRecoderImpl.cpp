@@ -12,8 +12,8 @@
 #include "platform/Properties.h"
 #include "platform/frameDropOf.h"
 #include "records/FieldTags.h"
-#include "records/VDRData1.h"
-#include "records/VDRData2.h"
+#include "records/RecordLevel.h"
+#include "records/makeName2Tag.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 
 namespace zk {
@@ -35,7 +35,7 @@ long userType() {
 ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
       : mVDRLevel(property_get_int32("vendor.camera.debug.VideoDataRecorderLevel", 1)),
         mName2Tag(makeName2Tag()),
-        mTag2WriteFunc(kTagCount),
+        mTag2WriteFunc(tag::kCount),
         mFrameLoss(std::make_shared<FrameLoss>(mVDRLevel)) {
     const std::shared_ptr<Orn::IEventAgency> eventAgency =
             DfxMonitorAgency::GetInstance()->GetEventAgency();
@@ -61,6 +61,7 @@ ZkaVideoDataRecoderImpl::~ZkaVideoDataRecoderImpl() {
 }
 
 void ZkaVideoDataRecoderImpl::processEnds() {
+    mSystemStatus.tellToStop();
     VDR_LOG_AS("~ZkaVideoDataRecoderImpl", kLogInfo, "VDR::deconstruct ZkaVideoDataRecoderImpl!");
     mSystemStatus.tellToStop();
 }
@@ -101,27 +102,20 @@ void ZkaVideoDataRecoderImpl::initialize(uint8_t videoDebugSupport, int32_t scen
     }
     mVDRStatus = true;
     VDR_LOGI("VDR::initialize, open VDR(sceneMode:%d)!", sceneMode);
-    if (mVDRLevel == 2) {
-        mName2FuncMap = vdr2::VDRData2::getName2FuncMap();
-        VDR_LOGI(
-                "VDR::initialize ZkaVideoDataRecoderImpl, "
-                "vdr2::VDRData2::getName2FuncMap()=%p!",
-                static_cast<const void*>(mName2FuncMap));
-    } else if (mVDRLevel == 1) {
-        mName2FuncMap = vdr1::VDRData1::getName2FuncMap();
-        VDR_LOGI(
-                "VDR::initialize ZkaVideoDataRecoderImpl, "
-                "vdr1::VDRData1::getName2FuncMap()=%p!",
-                static_cast<const void*>(mName2FuncMap));
-    } else {
+    const RecordLevel* const level = RecordLevel::find(mVDRLevel);
+    if (level == nullptr) {
         VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, VDR level not match any, close VDR!");
         mVDRStatus = false;
         return;
     }
+    mName2FuncMap = level->getName2FuncMap();
+    VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, %s::getName2FuncMap()=%p!", level->name,
+             static_cast<const void*>(mName2FuncMap));
     bindWriters();
     VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=%d!",
              static_cast<int>(mTag2WriteFunc.size()));
     mFrameLoss->open();
+    mLivePhoto.open();
     mBinDumpFile.setBinFile();
     mSystemStatus.SystemStatusInit(sceneMode);
     const FrameRecordPool::Sizes sizes = mFrameRecordPool.sizes();
@@ -175,7 +169,7 @@ void ZkaVideoDataRecoderImpl::unInitialize() {
 
 void ZkaVideoDataRecoderImpl::writeMaintain(uint32_t frameNumber, uint32_t tagId,
                                             const void* data) {
-    if (tagId >= kTagCount || data == nullptr) {
+    if (tagId >= tag::kCount || data == nullptr) {
         VDR_LOGE("VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=%d, frameNumber=%d!",
                  static_cast<int>(tagId), static_cast<int>(frameNumber));
         return;
@@ -208,7 +202,7 @@ void ZkaVideoDataRecoderImpl::writeMaintains(uint32_t frameNumber, const uint32_
         return;
     }
     for (uint32_t i = 0; i < count; ++i) {
-        if (tagIds[i] >= kTagCount) {
+        if (tagIds[i] >= tag::kCount) {
             VDR_LOGE("VDR::writeMaintains, tagId is wrong, tagId=%d, frameNumber=%d!",
                      static_cast<int>(tagIds[i]), static_cast<int>(frameNumber));
         } else if (const WriteFunc writer = writerOf(tagIds[i]); writer != nullptr) {
@@ -279,7 +273,7 @@ void ZkaVideoDataRecoderImpl::markWritable(uint32_t frameNumber, bool& writable)
     }
     VDR_LOGI("VDR::markWritable, mFirstVideoFrameNum = %u!", frameNumber);
     mSystemStatus.startVideo(platform::wallClockSeconds());
-    writeMaintain(frameNumber, kTagVideoAction, &kVideoStarts);
+    writeMaintain(frameNumber, tag::videoAction, &kVideoStarts);
 }
 
 void ZkaVideoDataRecoderImpl::markUnWritable(uint32_t frameNumber) {
@@ -293,7 +287,7 @@ void ZkaVideoDataRecoderImpl::markUnWritable(uint32_t frameNumber) {
     }
     VDR_LOGI("VDR::markUnWritable, mLastVideoFrameNum = %u!", frameNumber - 1);
     mSystemStatus.endVideo(platform::wallClockSeconds());
-    writeMaintain(frameNumber, kTagVideoAction, &kVideoEnded);
+    writeMaintain(frameNumber, tag::videoAction, &kVideoEnded);
 }
 
 void ZkaVideoDataRecoderImpl::getVDRStatus(bool* status) {
@@ -315,7 +309,7 @@ void ZkaVideoDataRecoderImpl::checkPreviewAndVideoStatus(uint32_t frameNumber,
 
 void ZkaVideoDataRecoderImpl::WriteMaintainForLivePhoto(uint32_t frameNumber, uint32_t tagId,
                                                         const void* data) {
-    if (tagId >= kTagCount || data == nullptr) {
+    if (tagId >= tag::kCount || data == nullptr) {
         VDR_LOGE(
                 "VDR::WriteMaintainForLivePhoto, tagId is wrong or data is nullptr, tagId=%d, "
                 "frameNumber=%d!",

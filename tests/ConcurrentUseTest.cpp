@@ -45,7 +45,7 @@ protected:
             recorder().markUnWritable(number);
         }
         recorder().CacheDataForLivePhoto(number);
-        recorder().WriteMaintainForLivePhoto(number, 0, &number);
+        recorder().WriteMaintainForLivePhoto(number, tag::frameNumber, &number);
         recorder().DoneDataForLivePhoto(number);
         recorder().VDRDone(number);
         recorder().VDRReport(number);

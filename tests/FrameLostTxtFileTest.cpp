@@ -65,7 +65,10 @@ TEST_F(FrameLostTxtFileTest, StoppedPool_WritesWhenItStartsAgain_EvenAfterTheRec
     host::stopThreadPool();
     for (uint32_t number = 11; number <= 40; ++number) {
         // Two lists of so many are too long a line, and rendering it shows in the log.
-        frame(number).write(17, kMany).write(36, kMany).done();
+        frame(number)
+                .write(tag::nodeInfoCount, kMany)
+                .write(tag::awbInfo_qawb_cap_saCount, kMany)
+                .done();
         recorder().VDRReport(0);
     }
     play("!41 42-71 stop");
@@ -149,12 +152,12 @@ TEST_F(FrameLostTxtFileTest, LinksAndPipesInPlaceOfFiles_AreNotOpened) {
         std::filesystem::create_symlink(onHost("/data/innocent"), onHost(path));
     }
     play("11-40 !41 41-71");
+    host::waitForThreadPool();
     EXPECT_EQ(readFile("/data/innocent"), "whole");
     for (const std::string& path : {kPath, bin}) {
         std::filesystem::remove(onHost(path));
         ASSERT_EQ(mkfifo(onHost(path).c_str(), 0666), 0);
     }
-    host::waitForThreadPool();
     play("stop open 11-40 !41 41-71 stop");
     host::waitForThreadPool();
     EXPECT_EQ(countLogged("writeTxtForPreviewFrameLost, " + kPath + " open fail!"), 2U);

@@ -47,7 +47,7 @@ protected:
     // Stores the frame as it is before it is done, with its number's low byte in a field.
     void queueFrames(uint32_t first, uint32_t last) {
         for (uint32_t number = first; number <= last; ++number) {
-            frame(number).write(2, static_cast<uint8_t>(number));
+            frame(number).write(tag::masterCameraId, static_cast<uint8_t>(number));
             recorder().CacheDataForLivePhoto(number);
             recorder().DoneDataForLivePhoto(number);
             recorder().VDRDone(number);
@@ -153,16 +153,16 @@ TEST_F(LivePhotoTest, StoreKeepsOneWritableRecordPerPlaceOf180) {
     openListening();
     const uint32_t renumbered = 41;
     recorder().CacheDataForLivePhoto(5);  // nothing is being filled
-    recorder().WriteMaintainForLivePhoto(5, 0, &renumbered);
+    recorder().WriteMaintainForLivePhoto(5, tag::frameNumber, &renumbered);
     recorder().DoneDataForLivePhoto(5);
     for (const uint32_t number : {5U, 185U}) {
         frame(number);
         recorder().CacheDataForLivePhoto(number);
     }
     recorder().DoneDataForLivePhoto(5);
-    recorder().WriteMaintainForLivePhoto(5, 0, &renumbered);
-    recorder().WriteMaintainForLivePhoto(7, 39, &renumbered);
-    recorder().WriteMaintainForLivePhoto(7, 0, nullptr);
+    recorder().WriteMaintainForLivePhoto(5, tag::frameNumber, &renumbered);
+    recorder().WriteMaintainForLivePhoto(7, tag::kCount, &renumbered);
+    recorder().WriteMaintainForLivePhoto(7, tag::frameNumber, nullptr);
     recorder().DoneDataForLivePhoto(365);
     frame(5).done();  // the completed record takes the place
     recorder().DoneDataForLivePhoto(185);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -21,6 +22,7 @@
 #include "platform/host/PropertyControl.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
+#include "records/VDRData1.h"
 
 namespace zk::test {
 
@@ -29,8 +31,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr uint32_t kStamps = 15;
-constexpr uint32_t kTagFirstStamp = 19;
-constexpr size_t kFirstStampAt = 3534;
+constexpr size_t kFirstStampAt = offsetof(vdr1::VDRData1, setGmeNcsDep);
 
 uint64_t stampOf(uint32_t frameNumber, uint64_t index) {
     return (frameNumber + index * 1000003) * UINT64_C(0x9E3779B97F4A7C15);
@@ -128,12 +129,12 @@ bool RecorderTest::waitForSamplersEnd() {
 RecorderTest::Frame::Frame(IVideoDataRecoder& recorder, uint32_t number)
       : mRecorder(recorder), mNumber(number) {
     mRecorder.VDRProcessing(number);
-    write(0, number);
+    write(tag::frameNumber, number);
 }
 
 RecorderTest::Frame& RecorderTest::Frame::stamp() {
     for (uint32_t i = 0; i < kStamps; ++i) {
-        write(kTagFirstStamp + i, stampOf(mNumber, i));
+        write(tag::setGmeNcsDep + i, stampOf(mNumber, i));
     }
     return *this;
 }

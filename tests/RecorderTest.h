@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "recorder/ZkaVideoDataRecoderImpl.h"
+#include "records/FieldTags.h"
 #include "records/frameData.h"
 #include "tests/SleepGate.h"
 
@@ -42,7 +43,7 @@ protected:
     void openSession(int32_t sceneMode = 0) { recorder().initialize(1, sceneMode); }
     void closeSession() { recorder().unInitialize(); }
 
-    // A frame that is being filled: frame(41).write(5, zoom).done();
+    // A frame that is being filled: frame(41).write(tag::zoomRatio, zoom).done();
     class Frame {
     public:
         Frame(IVideoDataRecoder& recorder, uint32_t number);
@@ -60,7 +61,7 @@ protected:
         IVideoDataRecoder& mRecorder;
         const uint32_t mNumber;
     };
-    // Takes a record and writes the frame number (tag 0).
+    // Takes a record and writes the frame number.
     Frame frame(uint32_t number) { return {recorder(), number}; }
     // Takes, numbers, completes and reports the frames from `first` to `last`.
     void completeFrames(uint32_t first, uint32_t last);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "base/memberAt.h"
 #include "platform/OrnEvent.h"
 #include "platform/frameDropOf.h"
 
@@ -17,5 +18,8 @@ public:
     uint64_t mTimeStamp;    // of the drop, microseconds since the epoch; identifies the loss
     uint64_t mFrameNumber;  // of the dropped frame
 };
+VDR_CLASS_MEMBER_AT(FrameDropNotification, mTimeStamp, 64, 8);
+VDR_CLASS_MEMBER_AT(FrameDropNotification, mFrameNumber, 72, 8);
+static_assert(sizeof(FrameDropNotification) == 80);
 
 }  // namespace ZkCamera
