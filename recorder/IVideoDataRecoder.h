@@ -46,7 +46,8 @@ public:
     virtual void unInitialize() = 0;
 
     // Copies one field into the frame's record. `data` points to the field's size in bytes (one
-    // element's for arrays, which append); tags are 0 to 38. Frames without a record are ignored.
+    // element's for arrays, which append); records/FieldTags.h has the tags. Frames without a
+    // record are ignored.
     virtual void writeMaintain(uint32_t frameNumber, uint32_t tagId, const void* data) = 0;
     // The same for `count` pairs of tag and data.
     virtual void writeMaintains(uint32_t frameNumber, const uint32_t* tagIds,
