@@ -30,10 +30,6 @@ public:
     size_t size() const { return mSize; }
     bool empty() const { return mSize == 0; }
     size_t capacity() const { return mCapacity; }
-    // Counted from the front; `index` must be below size().
-    T& operator[](size_t index) { return mItems[slot(index)]; }
-    const T& operator[](size_t index) const { return mItems[slot(index)]; }
-    T& front() { return mItems[mFront]; }
     const T& front() const { return mItems[mFront]; }
 
     // False, with nothing changed, where memory is refused.
@@ -56,7 +52,7 @@ public:
     // Copies of the `count` newest elements of `other`, which has as many; there must be room.
     void appendNewest(const RingQueue& other, size_t count) {
         for (size_t i = other.mSize - count; i < other.mSize; ++i) {
-            push_back(other[i]);
+            push_back(other.mItems[other.slot(i)]);
         }
     }
 
