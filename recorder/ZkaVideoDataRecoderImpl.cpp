@@ -115,6 +115,7 @@ void ZkaVideoDataRecoderImpl::initialize(uint8_t videoDebugSupport, int32_t scen
     VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=%d!",
              static_cast<int>(mTag2WriteFunc.size()));
     mFrameLoss->open();
+    mLivePhoto.open();
     mBinDumpFile.setBinFile();
     mSystemStatus.SystemStatusInit(sceneMode);
     const FrameRecordPool::Sizes sizes = mFrameRecordPool.sizes();
