@@ -70,7 +70,7 @@ private:
 
     std::vector<void*> mDataBufferList;  // owns the blocks; fixed after construction
 
-    SpinLock mDataPoolLock;  // held for container work and the copy of a record only
+    SpinLock mDataPoolLock;  // held for container work, to copy a record and to clear blocks
     RingQueue<void*> mDataReadyPool VDR_GUARDED_BY(mDataPoolLock);
     FrameBlockMap mDataProcessingPool;  // changed under the lock, looked at without it
     RingQueue<void*> mDataDonePool VDR_GUARDED_BY(mDataPoolLock);  // oldest at the front

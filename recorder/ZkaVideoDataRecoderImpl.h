@@ -98,7 +98,7 @@ private:
     ChiFrameMap mChiFrameMap;
     AllocTimeouts mAllocTimeouts;
 
-    SpinLock mPreviewEventLock;
+    SpinLock mPreviewEventLock;  // held while an event is sent: the service gets them in order
     // Start of the running preview, microseconds since the epoch; its start event is sent.
     std::optional<uint64_t> mPreviewStartTime VDR_GUARDED_BY(mPreviewEventLock);
 
