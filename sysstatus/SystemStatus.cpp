@@ -1,7 +1,7 @@
 #include "sysstatus/SystemStatus.h"
 
-#include <locale.h>
 #include <pthread.h>
+#include <clocale>
 
 #include <csignal>
 
