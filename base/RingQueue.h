@@ -29,12 +29,8 @@ public:
 
     size_t size() const { return mSize; }
     bool empty() const { return mSize == 0; }
-    // Counted from the front; `index` must be below size().
-    T& operator[](size_t index) { return mItems[slot(index)]; }
-    const T& operator[](size_t index) const { return mItems[slot(index)]; }
-    T& front() { return mItems[mFront]; }
+    size_t capacity() const { return mCapacity; }
     const T& front() const { return mItems[mFront]; }
-    const T& back() const { return (*this)[mSize - 1]; }
 
     // False, with nothing changed, where memory is refused.
     bool push_back(const T& item) {
@@ -51,10 +47,12 @@ public:
         --mSize;
     }
 
-    // Drops all but the newest `count`.
-    void keepNewest(size_t count) {
-        while (mSize > count) {
-            pop_front();
+    // `count` is at most size().
+    void dropNewest(size_t count) { mSize -= count; }
+    // Copies of `count` elements of `other` from its place `first` on; there must be room for them.
+    void append(const RingQueue& other, size_t first, size_t count) {
+        for (size_t i = first; i < first + count; ++i) {
+            push_back(other.mItems[other.slot(i)]);
         }
     }
 
@@ -72,22 +70,12 @@ public:
         if (items == nullptr) {
             return false;
         }
-        copyTo(items, mSize);
+        copyTo(items);
         std::free(mItems);
         mItems = items;
         mCapacity = capacity;
         mFront = 0;
         return true;
-    }
-
-    // A queue of copies of the `count` oldest elements; shorter where memory is refused.
-    RingQueue oldest(size_t count) const {
-        RingQueue result;
-        if (count > 0 && result.reserve(count)) {
-            copyTo(result.mItems, count);
-            result.mSize = count;
-        }
-        return result;
     }
 
 private:
@@ -98,12 +86,12 @@ private:
         return place < mCapacity ? place : place - mCapacity;
     }
 
-    void copyTo(T* items, size_t count) const {
-        const size_t untilWrap = count < mCapacity - mFront ? count : mCapacity - mFront;
-        if (count > 0) {
+    void copyTo(T* items) const {
+        const size_t untilWrap = mSize < mCapacity - mFront ? mSize : mCapacity - mFront;
+        if (mSize > 0) {
             std::memcpy(static_cast<void*>(items), mItems + mFront, untilWrap * sizeof(T));
             std::memcpy(static_cast<void*>(items + untilWrap), mItems,
-                        (count - untilWrap) * sizeof(T));
+                        (mSize - untilWrap) * sizeof(T));
         }
     }
 

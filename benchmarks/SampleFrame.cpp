@@ -18,11 +18,11 @@ struct Source {
 };
 #define VDR_SCALAR_SOURCE(field) {offsetof(VDRData1, field), sizeof(VDRData1::field)},
 #define VDR_ARRAY_SOURCE(field, count) {offsetof(VDRData1, field), sizeof(VDRData1::field[0])},
-constexpr Source kSources[kTagCount] = {VDR1_FIELDS(VDR_SCALAR_SOURCE, VDR_ARRAY_SOURCE)};
+constexpr Source kSources[tag::kCount] = {VDR1_FIELDS(VDR_SCALAR_SOURCE, VDR_ARRAY_SOURCE)};
 
 // How often the pipeline writes each tag into a frame. Counts come with their elements, and the
 // zoom is corrected once: 64 writes in all.
-constexpr int kTimesWritten[kTagCount] = {
+constexpr int kTimesWritten[tag::kCount] = {
         1, 1, 1, 1,  1, 2, 1, 1, 1,                     // frameNumber to videoAction
         0, 3, 0, 3,  0, 4, 0, 4, 0, 12,                 // arrays: features, messages, costs, nodes
         1, 1, 1, 1,  1, 1, 1, 1, 1, 1,  1, 1, 1, 1, 1,  // stamps of sensor data
@@ -125,7 +125,7 @@ size_t sizeOfWrite(uint32_t tagId) {
 }
 
 SampleFrame::SampleFrame() : mRecord(sampleRecord(kFull, kNanosecondsSinceBoot)) {
-    for (uint32_t tagId = 0; tagId < kTagCount; ++tagId) {
+    for (uint32_t tagId = 0; tagId < tag::kCount; ++tagId) {
         mTags[tagId] = tagId;
         mDatas[tagId] = reinterpret_cast<const uint8_t*>(&mRecord) + kSources[tagId].offset;
         for (int i = 0; i < kTimesWritten[tagId]; ++i) {

@@ -54,16 +54,11 @@ private:
     vdr1::VDRData1 mRecord;
     std::vector<Write> mWrites;
     size_t mWrittenBytes = 0;
-    std::array<uint32_t, kTagCount> mTags;
-    std::array<const void*, kTagCount> mDatas;
+    std::array<uint32_t, tag::kCount> mTags;
+    std::array<const void*, tag::kCount> mDatas;
 };
 
 // Bytes that one write of this tag copies.
 size_t sizeOfWrite(uint32_t tagId);
-
-inline constexpr uint32_t kTagFrameNumber = 0;
-inline constexpr uint32_t kTagZoomRatio = 5;
-inline constexpr uint32_t kTagNodeInfoCount = 17;
-inline constexpr uint32_t kTagNodeInfo = 18;
 
 }  // namespace zk::bench

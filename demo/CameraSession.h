@@ -1,71 +1,80 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 
-#include "demo/ChiThread.h"
-#include "demo/DropAnnouncer.h"
-#include "demo/FieldWrites.h"
-#include "demo/Findings.h"
+#include "demo/ChiStack.h"
+#include "demo/DeviceStatus.h"
+#include "demo/DropMonitor.h"
 #include "demo/FrameFactory.h"
+#include "demo/FrameWriter.h"
 #include "demo/LivePhotoShot.h"
-#include "demo/SamplerWatch.h"
+#include "demo/NodePipeline.h"
+#include "demo/Options.h"
 #include "demo/SessionPlan.h"
-#include "demo/StatusTrack.h"
 #include "recorder/IVideoDataRecoder.h"
+#include "registries/MemoryAllocTimeoutInfo.h"
 
 namespace demo {
 
-// One camera session as the pipeline plays it. Several frames are under way at once, each a few
-// ticks behind the one before it:
+// One camera session as the pipeline plays it. A frame enters with every frame time; several are
+// under way at once, more behind one that is held up:
 //
-//   tick   0: enter        2: fill     4: complete       8: report
-//          head, fences,   lists       stamps, exposure, consumed by
-//          marks                       done              the recorder
+//   enter ─────> VDRProcessing, the head of the record, fences, marks
+//   complete ──> once it has left the last node: node stamps, costs, images; VDRDone
+//   consume ───> some frames later, by whoever uses the records; VDRReport
 //
-// One thread.
+// The pipeline keeps a clock of its own, so that stamps are those of 30 frames a second however
+// fast the session is played. One thread.
 class CameraSession {
 public:
-    // All must outlive this. What goes wrong is taken down in `findings`.
-    CameraSession(zk::IVideoDataRecoder& recorder, const Options& options, const SessionPlan& plan,
-                  const FrameFactory& factory, StatusTrack& track, Findings& findings);
+    // All must outlive this.
+    CameraSession(zk::IVideoDataRecoder& recorder, const Options& options, const SessionPlan& plan);
 
+    // Throws when the recorder stays closed.
     void play();
 
-    const ChiThread& chi() const { return mChi; }
-    const DropAnnouncer& drops() const { return mDrops; }
+    const DropMonitor& drops() const { return mDrops; }
     const LivePhotoShot& livePhoto() const { return mLivePhoto; }
-    const SamplerWatch& sampler() const { return mSampler; }
+    const ChiStack& chi() const { return mChi; }
+    uint32_t videoRecords() const { return mVideoRecords; }
+    // As it was written into the record of the frame that the cause hit.
+    const std::optional<zk::MemoryAllocTimeoutInfo>& slowAllocation() const {
+        return mSlowAllocation;
+    }
 
 private:
-    bool open();
-    void playFrames();
-    void readStatus();
+    struct FrameUnderWay {
+        FrameFields fields;
+        uint64_t leavesAt;
+    };
+
+    void open();
     void close();
-
-    std::optional<uint32_t> frameAt(uint64_t tick, uint64_t delay) const;
-    void playTick(uint64_t tick);
+    void playFrames();
     void enter(uint32_t frame);
-    void fill(uint32_t frame);
-    void complete(uint32_t frame);
-    void report(uint32_t frame);
-
-    void noteStatus(uint32_t frame);
-    void writeHead(uint32_t frame);
     void markVideo(uint32_t frame);
+    void completeUntilNow();
+    void complete(const FrameFields& fields);
     void writeSlowAllocation(uint32_t frame);
-    void writeTogether(uint32_t frame, const FieldWrites& writes);
+    void consume();
 
     zk::IVideoDataRecoder& mRecorder;
+    const Options& mOptions;
     const SessionPlan& mPlan;
-    const FrameFactory& mFactory;
-    StatusTrack& mTrack;
-    Findings& mFindings;
-    const bool mRealtime;
-    ChiThread mChi;
-    DropAnnouncer mDrops;
+    NodePipeline mPipeline;
+    FrameFactory mFactory;
+    const FrameWriter mWriter;
+    DeviceStatus mStatus;
+    DropMonitor mDrops;
     LivePhotoShot mLivePhoto;
-    SamplerWatch mSampler;
+    ChiStack mChi;
+
+    uint64_t mNow;  // the pipeline's clock, nanoseconds since boot
+    std::deque<FrameUnderWay> mUnderWay;
+    uint32_t mVideoRecords = 0;
+    std::optional<zk::MemoryAllocTimeoutInfo> mSlowAllocation;
 };
 
 }  // namespace demo

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -20,52 +19,34 @@ DeviceRoot::DeviceRoot(const Options& options)
     }
 }
 
-bool DeviceRoot::prepare() {
-    if (!makeFolder(dumpFolder()) || !makeFolder(lossFolder()) || !showMachine("/proc") ||
-        !showMachine("/sys") || !openLog()) {
-        return false;
-    }
+void DeviceRoot::prepare() const {
+    fs::create_directories(dumpFolder());
+    fs::create_directories(lossFolder());
+    showMachine("/proc");
+    showMachine("/sys");
+    openLog();
     zk::host::setRootFolder(mFolder);
     zk::host::setProperty("vendor.camera.debug.VideoDataRecorderLevel", mLevel);
     zk::host::setProperty("vendor.camera.debug.VideoDataRecorderPreviewStatus", "1");
     zk::host::setProperty("vendor.camera.debug.VideoDataRecorderStatus", "1");
-    return true;
-}
-
-bool DeviceRoot::makeFolder(const std::string& path) const {
-    std::error_code error;
-    fs::create_directories(path, error);
-    if (error) {
-        std::fprintf(stderr, "vdr_demo: %s: %s\n", path.c_str(), error.message().c_str());
-    }
-    return !error;
 }
 
 // A tree that is there already is left alone: it may describe a device.
-bool DeviceRoot::showMachine(const std::string& treePath) const {
+void DeviceRoot::showMachine(const std::string& treePath) const {
     const std::string link = mFolder + treePath;
-    std::error_code error;
-    const fs::file_type type = fs::symlink_status(link, error).type();
-    if (type != fs::file_type::not_found) {
-        return true;
+    if (!fs::exists(fs::symlink_status(link))) {
+        fs::create_directory_symlink(treePath, link);
     }
-    fs::create_directory_symlink(treePath, link, error);
-    if (error) {
-        std::fprintf(stderr, "vdr_demo: %s: %s\n", link.c_str(), error.message().c_str());
-    }
-    return !error;
 }
 
 // Stays open to the end of the process: the recorder logs from its exit handler.
-bool DeviceRoot::openLog() const {
+void DeviceRoot::openLog() const {
     std::FILE* log = std::fopen(logPath().c_str(), "w");
     if (log == nullptr) {
-        std::fprintf(stderr, "vdr_demo: %s: %s\n", logPath().c_str(), std::strerror(errno));
-        return false;
+        throw std::system_error(errno, std::generic_category(), logPath());
     }
     std::setvbuf(log, nullptr, _IOLBF, BUFSIZ);
     zk::host::setLogOutput(log);
-    return true;
 }
 
 }  // namespace demo

@@ -12,18 +12,17 @@ class DeviceRoot {
 public:
     explicit DeviceRoot(const Options& options);
 
-    // To be called before the library is loaded: the recorder reads properties right then. False,
-    // after a message on standard error, when a folder or the log cannot be made.
-    bool prepare();
+    // To be called before the library is loaded: the recorder reads properties right then. Throws
+    // when a folder or the log cannot be made.
+    void prepare() const;
 
     std::string dumpFolder() const { return mFolder + "/data/vendor/camera"; }
     std::string lossFolder() const { return mFolder + "/data/vendor/camera_frame_lost"; }
     std::string logPath() const { return mFolder + "/logcat.txt"; }
 
 private:
-    bool makeFolder(const std::string& path) const;
-    bool showMachine(const std::string& treePath) const;
-    bool openLog() const;
+    void showMachine(const std::string& treePath) const;
+    void openLog() const;
 
     std::string mFolder;  // without a slash at the end
     const std::string mLevel;

@@ -2,37 +2,31 @@
 
 #include <cstdint>
 
-#include "demo/AllocationScript.h"
+#include "demo/FrameFields.h"
+#include "demo/Noise.h"
+#include "demo/Options.h"
 #include "demo/SessionPlan.h"
-#include "demo/StatusTrack.h"
-#include "records/VDRData1.h"
 
 namespace demo {
 
-// Makes the record that a frame must end up with, from the frame's number and the session's plan
-// alone, except for the live device status. The session takes the fields from here to write them,
-// the check compares the whole. Both record levels have the same layout. One thread at a time.
+// Makes up what a camera would tell about each frame of the session. One thread.
 class FrameFactory {
 public:
-    // `plan` and `track` must outlive this.
-    FrameFactory(const SessionPlan& plan, const StatusTrack& track, bool steady);
+    // `plan` must outlive this.
+    FrameFactory(const Options& options, const SessionPlan& plan)
+          : mPlan(plan), mNoise(options.seed + 1) {}
 
-    vdr1::VDRData1 record(uint32_t frame) const;
+    FrameFields make(uint32_t frame, uint64_t exposedAt, const NodePipeline::Passage& passage,
+                     const vdr1::SysStatusInfo& status);
 
 private:
-    void fillHead(vdr1::VDRData1& record, uint32_t frame) const;
-    void fillDeviceStatus(vdr1::VDRData1& record, uint32_t frame) const;
-    static void fillFeatures(vdr1::VDRData1& record, uint32_t frame);
-    static void fillAlgorithms(vdr1::VDRData1& record, uint32_t frame);
-    static void fillNodes(vdr1::VDRData1& record, uint32_t frame);
-    static void fillMotionStamps(vdr1::VDRData1& record, uint32_t frame);
-    static void fillExposure(vdr1::VDRData1& record, uint32_t frame);
-    static void fillWhiteBalance(vdr1::VDRData1& record, uint32_t frame);
+    void fillHead(FrameFields& fields) const;
+    void fillFeatures(FrameFields& fields);
+    void fillAlgorithms(FrameFields& fields, const NodePipeline::Passage& passage);
+    void fillImage(FrameFields& fields);
 
     const SessionPlan& mPlan;
-    const StatusTrack& mTrack;
-    const AllocationScript mAllocations;
-    const bool mSteady;
+    Noise mNoise;
 };
 
 }  // namespace demo

@@ -5,11 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "demo/Findings.h"
-#include "demo/FrameFactory.h"
+#include "demo/FrameWriter.h"
 #include "demo/SessionPlan.h"
 #include "recorder/IVideoDataRecoder.h"
-#include "records/frameData.h"
 
 namespace demo {
 
@@ -17,34 +15,26 @@ namespace demo {
 // for some of them in a shared buffer. One thread.
 class LivePhotoShot {
 public:
-    // All must outlive this, but for the callback that it registers, which owns what it needs.
-    LivePhotoShot(zk::IVideoDataRecoder& recorder, const SessionPlan& plan,
-                  const FrameFactory& factory);
+    // `recorder` and `plan` must outlive this, but for the callback that it registers, which owns
+    // what it needs.
+    LivePhotoShot(zk::IVideoDataRecoder& recorder, const SessionPlan& plan);
 
-    // Caches the frame, which has been given its head only, and completes the copy.
-    void takeFrame(uint32_t frame);
-    // Asks for the planned frames and compares the buffer with what they must hold.
-    void request(Findings& findings);
+    // Caches the frame, whose head has been written, and completes the copy.
+    void takeFrame(const FrameFields& fields);
+    // Asks for the planned frames. Throws when there is no shared buffer to be had.
+    void request();
 
-    const std::string& reply() const { return mReply->text; }
+    // Valid after request(). 1: the recorder has filled the buffer.
+    int replyState() const;
     const std::vector<uint32_t>& framesReceived() const { return mFramesReceived; }
-    static constexpr uint32_t kFirstAppFrame = 1000;
 
 private:
-    struct Reply {
-        uint32_t code = 0;
-        std::string text;
-    };
-
     std::string requestText(uint32_t bufferSize) const;
-    void checkReply(Findings& findings) const;
-    void checkBuffer(const uint8_t* buffer, Findings& findings);
-    zk::frameData expectedCopy(uint32_t frame) const;
 
     zk::IVideoDataRecoder& mRecorder;
     const SessionPlan& mPlan;
-    const FrameFactory& mFactory;
-    const std::shared_ptr<Reply> mReply = std::make_shared<Reply>();
+    const FrameWriter mWriter;
+    const std::shared_ptr<std::string> mReply = std::make_shared<std::string>();
     std::vector<uint32_t> mFramesReceived;
 };
 

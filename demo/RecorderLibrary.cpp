@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-#include <cstdio>
+#include <stdexcept>
 
 namespace demo {
 namespace {
@@ -12,15 +12,14 @@ constexpr char kSymbol[] = "_ZN2zk27getVideoDataRecoderInstanceEv";
 
 }  // namespace
 
-zk::IVideoDataRecoder* RecorderLibrary::load(const std::string& path) {
+zk::IVideoDataRecoder& RecorderLibrary::load(const std::string& path) {
     void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* symbol = library != nullptr ? dlsym(library, kSymbol) : nullptr;
     if (symbol == nullptr) {
-        std::fprintf(stderr, "vdr_demo: %s\n", dlerror());
-        return nullptr;
+        throw std::runtime_error(dlerror());
     }
     const auto getInstance = reinterpret_cast<zk::IVideoDataRecoder* (*)()>(symbol);
-    return getInstance();
+    return *getInstance();
 }
 
 }  // namespace demo

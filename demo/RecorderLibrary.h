@@ -11,8 +11,8 @@ namespace demo {
 // the end.
 class RecorderLibrary {
 public:
-    // Null, after a message on standard error, when the library or its symbol is missing.
-    static zk::IVideoDataRecoder* load(const std::string& path);
+    // Throws when the library or its symbol is missing.
+    static zk::IVideoDataRecoder& load(const std::string& path);
 };
 
 }  // namespace demo

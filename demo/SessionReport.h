@@ -1,42 +1,40 @@
 #pragma once
 
-#include "demo/BinFileCheck.h"
+#include <cstdint>
+#include <map>
+#include <string>
+
 #include "demo/CameraSession.h"
 #include "demo/DeviceRoot.h"
-#include "demo/Findings.h"
 #include "demo/Options.h"
 #include "demo/SessionPlan.h"
-#include "demo/TextFileCheck.h"
 
 namespace demo {
 
-// What a session has left behind, on standard output.
+// What was played, what the recorder wrote and where, on standard output.
 class SessionReport {
 public:
-    // All must outlive this.
-    SessionReport(const Options& options, const DeviceRoot& root, const SessionPlan& plan,
-                  const CameraSession& session, const BinFileCheck& binFile,
-                  const TextFileCheck& textFiles, const Findings& findings);
+    // All must outlive this. To be made before the session: it remembers which files are there.
+    SessionReport(const Options& options, const SessionPlan& plan, const DeviceRoot& root);
 
-    void print() const;
+    void print(const CameraSession& session) const;
 
 private:
-    void printSession() const;
-    void printFiles() const;
-    void printFirstRecord() const;
-    void printDrops() const;
-    void printLivePhoto() const;
-    void printStatus() const;
-    void printRegistries() const;
-    void printVerdict() const;
+    using Sizes = std::map<std::string, uint64_t>;  // by path
+
+    static Sizes sizesIn(const std::string& folder);
+    // Files that are new or have grown.
+    static Sizes writtenSince(const Sizes& before, const std::string& folder);
+
+    void printSession(const CameraSession& session) const;
+    void printLoss(const CameraSession& session) const;
+    void printFiles(const CameraSession& session) const;
 
     const Options& mOptions;
-    const DeviceRoot& mRoot;
     const SessionPlan& mPlan;
-    const CameraSession& mSession;
-    const BinFileCheck& mBinFile;
-    const TextFileCheck& mTextFiles;
-    const Findings& mFindings;
+    const DeviceRoot& mRoot;
+    const Sizes mDumpsBefore;
+    const Sizes mLossesBefore;
 };
 
 }  // namespace demo

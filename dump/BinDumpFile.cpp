@@ -11,13 +11,13 @@
 
 namespace zk {
 
-BinDumpFile::BinDumpFile(SpinLock& dataPoolLock)
+BinDumpFile::BinDumpFile()
       : mPreviewRecordStatus(
                 property_get_int32("vendor.camera.debug.VideoDataRecorderPreviewStatus", 0) != 0),
-        mDataPoolLock(dataPoolLock),
         mBinFileBuffer(static_cast<uint8_t*>(std::malloc(kStagedRecords * kFrameRecordSize))) {
     if (mBinFileBuffer == nullptr) {
-        VDR_LOGE("VDR::failed to alloc VDR bin file buffer!");
+        VDR_LOG_AS("ZkaVideoDataRecoderImpl", kLogError,
+                   "VDR::failed to alloc VDR bin file buffer!");
     }
 }
 
@@ -42,12 +42,18 @@ void BinDumpFile::setBinFile() {
         VDR_LOGE("VDR::setBinFile, snprintf_s func got error");
     }
     path[kPathSize - 1] = '\0';
-    const SpinLockGuard guard(mDataPoolLock);
+    const SpinLockGuard guard(mBinFileNameLock);
     memcpy_s(mBinFileName, kPathSize, path, kPathSize);
 }
 
+BinDumpFile::Turn::~Turn() {
+    mFile.mBinFileLock.assertHeld();
+    if (mFile.mBinRecordCount == kStagedRecords) {
+        mFile.saveDataToBinFile(kStagedRecords * kFrameRecordSize);
+    }
+}
+
 void BinDumpFile::dumpDataToBinFile(const void* record) {
-    mDataPoolLock.assertHeld();
     uint8_t* place = mBinFileBuffer == nullptr
                              ? nullptr
                              : mBinFileBuffer + mBinRecordCount * kFrameRecordSize;
@@ -55,42 +61,35 @@ void BinDumpFile::dumpDataToBinFile(const void* record) {
         VDR_LOGE("VDR::dumpDataToBinFile, memcpy_s fail!");
         return;
     }
-    if (++mBinRecordCount == kStagedRecords) {
-        saveDataToBinFile(mBinFileName, mBinFileBuffer, kStagedRecords * kFrameRecordSize);
-        mBinRecordCount = 0;
-    }
+    ++mBinRecordCount;
 }
 
 void BinDumpFile::appendStaged() {
-    if (!mPreviewRecordStatus) {
-        return;
+    if (mPreviewRecordStatus) {
+        const SpinLockGuard guard(mBinFileLock);
+        saveDataToBinFile(static_cast<uint32_t>(mBinRecordCount * kFrameRecordSize));
     }
-    frameData staged;
-    char path[kPathSize];
-    uint32_t size = 0;
-    {
-        const SpinLockGuard guard(mDataPoolLock);
-        memcpy_s(path, kPathSize, mBinFileName, kPathSize);
-        size = static_cast<uint32_t>(mBinRecordCount * kFrameRecordSize);
-        if (size > 0) {
-            memcpy_s(staged.bytes, kFrameRecordSize, mBinFileBuffer, size);
-        }
-        mBinRecordCount = 0;
-    }
-    saveDataToBinFile(path, staged.bytes, size);
 }
 
-void BinDumpFile::saveDataToBinFile(const char* path, const void* data, uint32_t size) {
-    std::FILE* file = platform::openFile(path, "ab+");
+void BinDumpFile::saveDataToBinFile(uint32_t size) {
+    mBinRecordCount = 0;
+    char path[kPathSize];
+    {
+        const SpinLockGuard guard(mBinFileNameLock);
+        memcpy_s(path, kPathSize, mBinFileName, kPathSize);
+    }
+    std::FILE* file = platform::openDumpFile(path, "ab+");
     if (file == nullptr) {
         VDR_LOGE("VDR::saveDataToBinFile, %s open fail!", path);
         return;
     }
-    const size_t written = platform::writeFile(data, size, file);
+    const size_t written = platform::writeFile(mBinFileBuffer, size, file);
     if (written < size) {
         VDR_LOGE("VDR::saveDataToBinFile, %s write fail, ret=%d!", path, static_cast<int>(written));
     }
-    platform::closeFile(file);
+    if (platform::closeFile(file) != 0) {
+        VDR_LOGE("VDR::saveDataToBinFile, %s write fail, ret=%d!", path, -1);
+    }
 }
 
 }  // namespace zk

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "base/memberAt.h"
 #include "platform/OrnEvent.h"
 
 // What the recorder reports to the monitoring service, so that it can relate the frame drops that
@@ -14,6 +15,7 @@ public:
 
     uint32_t GetEventId() const override { return kEventId; }
 };
+static_assert(sizeof(FrameDropVideoEnd) == 64);
 
 class FrameDropPreviewStart : public Orn::IEventBase {
 public:
@@ -26,6 +28,9 @@ public:
     uint64_t mTimeStamp;
     int32_t mSceneMode;
 };
+VDR_CLASS_MEMBER_AT(FrameDropPreviewStart, mTimeStamp, 64, 8);
+VDR_CLASS_MEMBER_AT(FrameDropPreviewStart, mSceneMode, 72, 4);
+static_assert(sizeof(FrameDropPreviewStart) == 80);
 
 class FrameDropPreviewEnd : public Orn::IEventBase {
 public:
@@ -36,5 +41,7 @@ public:
 
     uint64_t mTimeStamp;  // of the preview's start, so that the service can pair the two
 };
+VDR_CLASS_MEMBER_AT(FrameDropPreviewEnd, mTimeStamp, 64, 8);
+static_assert(sizeof(FrameDropPreviewEnd) == 72);
 
 }  // namespace ZkCamera

@@ -10,15 +10,35 @@ namespace {
 constexpr size_t kFramesBeforeLoss = 30;   // one second at 30 fps
 constexpr uint32_t kFramesAfterLoss = 30;  // likewise
 constexpr size_t kLongestHistory = 99;     // frames; one more overflows
+constexpr size_t kRoom = kLongestHistory + 1;
 
 }  // namespace
 
-FrameLossHistory::FrameLossHistory(int32_t vdrLevel, std::shared_ptr<LossAccounts> accounts)
-      : mAccounts(accounts), mTxtFile(vdrLevel, std::move(accounts)) {}
+void FrameLossHistory::reserve() {
+    for (RingQueue<frameData> FrameLossHistory::*queue :
+         {&FrameLossHistory::mFrameLostDataQueue, &FrameLossHistory::mNextDataQueue}) {
+        RingQueue<frameData> room;
+        room.reserve(kRoom);  // before the lock: camera threads may be waiting for it
+        const SpinLockGuard guard(mFrameLostLock);
+        if ((this->*queue).capacity() == 0) {
+            this->*queue = std::move(room);
+        }
+    }
+}
 
-void FrameLossHistory::announce(uint32_t frameNumber) {
+void FrameLossHistory::giveBack(RingQueue<frameData> frames) {
+    frames.reset();
+    const SpinLockGuard guard(mFrameLostLock);
+    if (mNextDataQueue.capacity() < frames.capacity()) {
+        std::swap(mNextDataQueue, frames);
+    }
+}
+
+void FrameLossHistory::announce(uint32_t frameNumber, uint64_t timeStamp,
+                                LossCompletions::Promise promise) {
     const SpinLockGuard guard(mFrameLostLock);
     mFrameLostNumQueue.push_back(frameNumber);
+    mCompletions.add(timeStamp, std::move(promise));
 }
 
 void FrameLossHistory::announceAgain(uint64_t frameNumber) {
@@ -28,132 +48,132 @@ void FrameLossHistory::announceAgain(uint64_t frameNumber) {
     }
 }
 
-void FrameLossHistory::frameLostProcess(const frameData* frame) {
+std::optional<FrameLossHistory::Dump> FrameLossHistory::frameLostProcess(const frameData* frame) {
     if (frame == nullptr) {
         VDR_LOGE("VDR::frameLostProcess, frameDebugInfo is null!");
-        return;
+        return std::nullopt;
     }
     const uint32_t current = frame->frameNumber();
     if (current == 0) {
         VDR_LOGE("VDR::frameLostProcess, currentDoneFrame is 0!");
-        return;
+        return std::nullopt;
     }
+    Step step = keep(*frame, current);
+    tell(step, current);
+    return std::move(step.dump);
+}
+
+FrameLossHistory::Step FrameLossHistory::keep(const frameData& frame, uint32_t current) {
     const SpinLockGuard guard(mFrameLostLock);
-    // At once for the longest one, so that no later frame of the session waits for memory.
-    if (!mFrameLostDataQueue.reserve(kLongestHistory + 1) ||
-        !mFrameLostDataQueue.push_back(*frame)) {
-        VDR_LOGE("VDR::frameLostProcess, no memory to keep the frame!");
-        return;
+    if (!mFrameLostDataQueue.reserve(kRoom)) {
+        Step step;
+        step.isOutOfMemory = true;
+        return step;
     }
+    mFrameLostDataQueue.push_back(frame);
     const bool isLossPending = !mFrameLostNumQueue.empty();
     // Equality only: a history that a pending loss has made longer is not trimmed.
     if (mFrameLostDataQueue.size() == kFramesBeforeLoss + 1 &&
         (!isLossPending || current < mFrameLostNumQueue.front())) {
         mFrameLostDataQueue.pop_front();
     }
-    if (!isLossPending) {
-        return;
-    }
-    const size_t length = mFrameLostDataQueue.size();
-    const uint32_t front = mFrameLostNumQueue.front();
-    const auto lossCount = static_cast<uint32_t>(mFrameLostNumQueue.size());
-    const bool isOnlyLoss = lossCount == 1;
+    return isLossPending ? stepOfPendingLoss(current) : Step();
+}
 
+FrameLossHistory::Step FrameLossHistory::stepOfPendingLoss(uint32_t current) {
+    const size_t length = mFrameLostDataQueue.size();
+    Step step;
+    step.lossCount = static_cast<uint32_t>(mFrameLostNumQueue.size());
+    step.front = mFrameLostNumQueue.front();
     if (length > kLongestHistory) {
-        if (isOnlyLoss) {
-            VDR_LOGI(
-                    "VDR::frameLostProcess, mFrameLostNumQueue(%u), front=%u, "
-                    "currentDoneFrame=%u, exceed 100, dump data to txt!",
-                    lossCount, front, current);
-        } else {
-            VDR_LOGI(
-                    "VDR::frameLostProcess, mFrameLostNumQueue>=2, %u, front=%u, "
-                    "currentDoneFrame=%u, exceed 100, dump data to txt!",
-                    lossCount, front, current);
-        }
-        dumpDataToFrameLostTxtFile(front, std::move(mFrameLostDataQueue));
+        step.kind = Step::Kind::kOverflow;
+        handOver(step, 0);
         mFrameLostNumQueue.clear();
         mFrameLostExceedFlag = true;
-        return;
+        return step;
     }
-    if (current != front + kFramesAfterLoss) {
-        return;
+    if (current != step.front + kFramesAfterLoss) {
+        return step;
     }
-    if (isOnlyLoss) {
-        VDR_LOGI(
-                "VDR::frameLostProcess, mFrameLostNumQueue(%u), front=%u, currentDoneFrame=%u, "
-                "dump data to txt!",
-                lossCount, front, current);
-    } else {
-        VDR_LOGI(
-                "VDR::frameLostProcess, mFrameLostNumQueue>=2, %u, front=%u pop, "
-                "currentDoneFrame=%u!",
-                lossCount, front, current);
+    step.kind = Step::Kind::kDue;
+    const bool isOnlyLoss = step.lossCount == 1;
+    if (!isOnlyLoss) {
         mFrameLostNumQueue.pop_front();
         if (mFrameLostNumQueue.front() <= current) {
-            return;  // the next loss lies within these frames: one file, after its own 30
+            // The next loss lies within these frames: one file, after its own 30.
+            step.kind = Step::Kind::kMerged;
+            return step;
         }
-        VDR_LOGI(
-                "VDR::frameLostProcess, mFrameLostNumQueue>=2, %u, front=%u, "
-                "currentDoneFrame=%u, dump data to txt!",
-                lossCount - 1, front, current);
     }
     if (length <= kFramesBeforeLoss) {
-        return;  // an only loss stays queued, and the history grows until it overflows
+        return step;  // an only loss stays queued, and the history grows until it overflows
     }
-    dumpDataToFrameLostTxtFile(front, copyOldest(length - kFramesBeforeLoss));
-    mFrameLostDataQueue.keepNewest(kFramesBeforeLoss);
+    handOver(step, kFramesBeforeLoss);
     if (isOnlyLoss) {
         mFrameLostNumQueue.pop_front();
     }
+    return step;
 }
 
-void FrameLossHistory::dumpDataToFrameLostTxtFile(uint32_t lostFrame, RingQueue<frameData> frames) {
-    const LossAccounts::FileRequest request = mAccounts->requestFile();
-    if (request.count.has_value()) {
-        VDR_LOGI("VDR::dumpDataToFrameLostTxtFile, count:%d!", *request.count);
+void FrameLossHistory::handOver(Step& step, size_t keptFrames) {
+    RingQueue<frameData> frames = std::move(mFrameLostDataQueue);
+    mFrameLostDataQueue = std::move(mNextDataQueue);
+    // Where memory is refused the frames of the dump are worth more than those of a later one.
+    step.isOutOfMemory = keptFrames > 0 && !mFrameLostDataQueue.reserve(kRoom);
+    if (!step.isOutOfMemory) {
+        mFrameLostDataQueue.append(frames, frames.size() - keptFrames, keptFrames);
+        frames.dropNewest(keptFrames);
     }
-    mTxtFile.writeTxtForPreviewFrameLost(std::move(frames), lostFrame, request.lostTimeStamp);
+    step.dump = Dump{step.front, std::move(frames)};
 }
 
-RingQueue<frameData> FrameLossHistory::copyOldest(size_t frameCount) const {
-    RingQueue<frameData> frames = mFrameLostDataQueue.oldest(frameCount);
-    if (frames.size() < frameCount) {
-        VDR_LOGE("VDR::copyOldest, no memory for %u frames, the file stays empty!",
-                 static_cast<uint32_t>(frameCount));
+void FrameLossHistory::tell(const Step& step, uint32_t current) {
+    // These messages belong to the processing of a done frame, whoever prints them.
+    static constexpr char kProcess[] = "frameLostProcess";
+    if (step.isOutOfMemory) {
+        VDR_LOG_AS(kProcess, kLogError, "VDR::frameLostProcess, no memory to keep the frame!");
     }
-    return frames;
+    if (step.kind == Step::Kind::kNothing) {
+        return;
+    }
+    const bool isOverflow = step.kind == Step::Kind::kOverflow;
+    const char* const reason = isOverflow ? "exceed 100, " : "";
+    if (step.lossCount == 1) {
+        VDR_LOG_AS(kProcess, kLogInfo,
+                   "VDR::frameLostProcess, mFrameLostNumQueue(%u), front=%u, currentDoneFrame=%u, "
+                   "%sdump data to txt!",
+                   step.lossCount, step.front, current, reason);
+        return;
+    }
+    if (!isOverflow) {
+        VDR_LOG_AS(kProcess, kLogInfo,
+                   "VDR::frameLostProcess, mFrameLostNumQueue>=2, %u, front=%u pop, "
+                   "currentDoneFrame=%u!",
+                   step.lossCount, step.front, current);
+    }
+    if (step.kind != Step::Kind::kMerged) {
+        VDR_LOG_AS(kProcess, kLogInfo,
+                   "VDR::frameLostProcess, mFrameLostNumQueue>=2, %u, front=%u, "
+                   "currentDoneFrame=%u, %sdump data to txt!",
+                   isOverflow ? step.lossCount : step.lossCount - 1, step.front, current, reason);
+    }
 }
 
-void FrameLossHistory::dumpDataToFrameLostTxtFile() {
-    {
-        const SpinLockGuard guard(mFrameLostLock);
-        const size_t length = mFrameLostDataQueue.size();
-        if (!mFrameLostNumQueue.empty() && !mFrameLostExceedFlag && length <= kLongestHistory) {
-            const uint32_t front = mFrameLostNumQueue.front();
-            VDR_LOGI("VDR::dumpDataToFrameLostTxtFile, flush now, still write a txt, front=%u!",
-                     front);
-            // Not counted in the loss's account: whoever waits for it is told without this file.
-            mTxtFile.writeTxtForPreviewFrameLost(std::move(mFrameLostDataQueue), front,
-                                                 mAccounts->latestTimeStamp());
-        }
-        mFrameLostDataQueue.clear();
-        mFrameLostNumQueue = std::deque<uint32_t>();
+FrameLossHistory::Stop FrameLossHistory::stop() {
+    const SpinLockGuard guard(mFrameLostLock);
+    Stop stop;
+    RingQueue<frameData> frames = std::move(mFrameLostDataQueue);
+    if (!mFrameLostNumQueue.empty() && !mFrameLostExceedFlag && frames.size() <= kLongestHistory) {
+        const uint32_t front = mFrameLostNumQueue.front();
+        VDR_LOG_AS("dumpDataToFrameLostTxtFile", kLogInfo,
+                   "VDR::dumpDataToFrameLostTxtFile, flush now, still write a txt, front=%u!",
+                   front);
+        stop.dump = Dump{front, std::move(frames)};
     }
-    LossAccounts::Promise promise;
-    switch (mAccounts->stop(promise)) {
-        case LossAccounts::Stop::kSettled:
-            VDR_LOGI("VDR::dumpDataToFrameLostTxtFile, flush now, trigger promise!");
-            if (promise != nullptr) {
-                promise->set_value(VDR_SYNC_DONE);
-            }
-            break;
-        case LossAccounts::Stop::kLeftToLastWriter:
-            VDR_LOGI("VDR::dumpDataToFrameLostTxtFile, record notifyFlag in flush!");
-            break;
-        case LossAccounts::Stop::kNothing:
-            break;
-    }
+    mNextDataQueue.clear();
+    mFrameLostNumQueue = std::deque<uint32_t>();
+    stop.lostTimeStamp = mCompletions.stop();
+    return stop;
 }
 
 }  // namespace zk

@@ -3,12 +3,11 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
-#include <memory>
+#include <optional>
 
 #include "base/RingQueue.h"
 #include "base/SpinLock.h"
-#include "dump/FrameLostTxtFile.h"
-#include "dump/LossAccounts.h"
+#include "frameloss/LossCompletions.h"
 #include "records/frameData.h"
 
 namespace zk {
@@ -20,41 +19,66 @@ namespace zk {
 //   lost frame passed    grows, until exactly 30 frames later all but the newest 30 go into a text
 //                        file, or until 100 frames go out whole and switch recording off
 //
-// Threads: frameLostProcess on camera threads, announcements on the service's; neither does file
-// I/O. A done frame costs one copy of 4096 bytes.
+// Threads: frameLostProcess on camera threads, announcements on the service's. A done frame costs
+// one copy of 4096 bytes; a dump costs the copies of the 30 frames that stay.
 class FrameLossHistory {
 public:
-    explicit FrameLossHistory(int32_t vdrLevel, std::shared_ptr<LossAccounts> accounts);
+    // The frames of one text file.
+    struct Dump {
+        uint32_t lostFrame;
+        RingQueue<frameData> frames;
+    };
 
-    // One done frame, in order of completion. `frame` may be null and lives for the call only.
-    void frameLostProcess(const frameData* frame);
+    // `completions` must outlive this.
+    explicit FrameLossHistory(LossCompletions& completions) : mCompletions(completions) {}
 
-    // A frame was lost.
-    void announce(uint32_t frameNumber);
+    // Memory for the longest history and for the one that follows it when it is handed over, so
+    // that no frame of the session waits for it. Without it the memory comes with the frames.
+    void reserve();
+    // The memory of a dump that is written, for the next one.
+    void giveBack(RingQueue<frameData> frames);
+
+    // One done frame, in order of completion: the dump that it completes, if any. `frame` may be
+    // null and lives for the call only.
+    std::optional<Dump> frameLostProcess(const frameData* frame);
+
+    // An accepted loss and its completion are entered together: a stop sees both or neither.
+    void announce(uint32_t frameNumber, uint64_t timeStamp, LossCompletions::Promise promise);
     // It was announced before: queued again unless it is the last one queued.
     void announceAgain(uint64_t frameNumber);
 
-    // Writes out the history for a loss that is still pending, forgets all frames and losses, and
-    // settles the latest loss's account or leaves that to its last writer.
-    void dumpDataToFrameLostTxtFile();
+    struct Stop {
+        std::optional<Dump> dump;  // of a loss that was still pending
+        uint64_t lostTimeStamp;    // of the latest loss
+    };
+    // Forgets all frames and losses, and completes the losses or leaves that to their last files.
+    Stop stop();
 
     // Whether a history overflowed since the last reset: no loss is recorded any more.
     bool isExceeded() const { return mFrameLostExceedFlag; }
     void resetExceeded() { mFrameLostExceedFlag = false; }
 
 private:
-    // Requests a file of `frames` for the loss of `lostFrame`.
-    void dumpDataToFrameLostTxtFile(uint32_t lostFrame, RingQueue<frameData> frames)
-            VDR_REQUIRES(mFrameLostLock);
-    // Copies of the oldest frames; none, after an error line, where memory is refused.
-    RingQueue<frameData> copyOldest(size_t frameCount) const VDR_REQUIRES(mFrameLostLock);
+    // What a done frame led to. It is told once the lock is released.
+    struct Step {
+        enum class Kind { kNothing, kDue, kMerged, kOverflow } kind = Kind::kNothing;
+        uint32_t lossCount = 0;  // pending ones, before this frame
+        uint32_t front = 0;      // the first of them
+        bool isOutOfMemory = false;
+        std::optional<Dump> dump;
+    };
+    Step keep(const frameData& frame, uint32_t current);
+    Step stepOfPendingLoss(uint32_t current) VDR_REQUIRES(mFrameLostLock);
+    // Hands the history over and keeps copies of its newest frames, so many.
+    void handOver(Step& step, size_t keptFrames) VDR_REQUIRES(mFrameLostLock);
+    static void tell(const Step& step, uint32_t current);
 
-    const std::shared_ptr<LossAccounts> mAccounts;
-    const FrameLostTxtFile mTxtFile;
+    LossCompletions& mCompletions;
     std::atomic<bool> mFrameLostExceedFlag{false};
 
-    SpinLock mFrameLostLock;  // taken before the lock of the accounts, never after it
+    SpinLock mFrameLostLock;  // taken before the lock of the completions, never after it
     RingQueue<frameData> mFrameLostDataQueue VDR_GUARDED_BY(mFrameLostLock);  // oldest in front
+    RingQueue<frameData> mNextDataQueue VDR_GUARDED_BY(mFrameLostLock);       // empty: its memory
     std::deque<uint32_t> mFrameLostNumQueue VDR_GUARDED_BY(mFrameLostLock);   // in order of report
 };
 

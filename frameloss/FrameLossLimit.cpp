@@ -1,7 +1,5 @@
 #include "frameloss/FrameLossLimit.h"
 
-#include <utility>
-
 #include "platform/Clock.h"
 #include "platform/Log.h"
 
@@ -13,12 +11,9 @@ constexpr uint32_t kLinesPerDay = 1000;
 
 }  // namespace
 
-FrameLossLimit::FrameLossLimit(std::shared_ptr<LossAccounts> accounts)
-      : mAccounts(std::move(accounts)) {}
-
 void FrameLossLimit::restart(uint64_t now) {
     mFrameLostRecordLastTime = now;
-    mAccounts->resetRecordCount();
+    mFrameLostRecordCount = 0;
 }
 
 bool FrameLossLimit::checkFrameLostRecordStatus(bool isHistoryExceeded) {
@@ -29,16 +24,16 @@ bool FrameLossLimit::checkFrameLostRecordStatus(bool isHistoryExceeded) {
         VDR_LOGI(
                 "VDR::checkFrameLostRecordStatus(), update frame lost record count, "
                 "recordCount=%u, lastTime(%llu)>now(%llu)!",
-                mAccounts->recordCount(), last, now);
+                mFrameLostRecordCount.load(), last, now);
         restart(now);
     } else if (now - last >= kSecondsPerDay) {
         VDR_LOGI(
                 "VDR::checkFrameLostRecordStatus(), update frame lost record count, "
                 "recordCount=%u, lastTime(%llu)<=now(%llu)!",
-                mAccounts->recordCount(), last, now);
+                mFrameLostRecordCount.load(), last, now);
         restart(now);
     }
-    if (const uint32_t count = mAccounts->recordCount(); count >= kLinesPerDay) {
+    if (const uint32_t count = mFrameLostRecordCount.load(); count >= kLinesPerDay) {
         VDR_LOGI(
                 "VDR::checkFrameLostRecordStatus(), exceed 1000(%u) limit in one day, don't write "
                 "txt file if frame lost!",
@@ -54,7 +49,7 @@ bool FrameLossLimit::checkFrameLostRecordStatus(bool isHistoryExceeded) {
     VDR_LOGI(
             "VDR::checkFrameLostRecordStatus(), no exceed limit, recordCount=%u, lastTime(%llu), "
             "now(%llu)!",
-            mAccounts->recordCount(), last, now);
+            mFrameLostRecordCount.load(), last, now);
     return false;
 }
 

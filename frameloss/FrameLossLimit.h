@@ -2,9 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
-
-#include "dump/LossAccounts.h"
 
 namespace zk {
 
@@ -12,18 +9,18 @@ namespace zk {
 // overflowed. Any thread; a check and the writers' counting may interleave.
 class FrameLossLimit {
 public:
-    explicit FrameLossLimit(std::shared_ptr<LossAccounts> accounts);
-
     // The day starts, wall-clock seconds.
     void start(int64_t now) { mFrameLostRecordLastTime = static_cast<uint64_t>(now); }
     // True when a new loss must not be recorded. Starts a new day where one has passed.
     bool checkFrameLostRecordStatus(bool isHistoryExceeded);
+    // A line was written to a text file, wholly or not.
+    void countLine() { ++mFrameLostRecordCount; }
 
 private:
     void restart(uint64_t now);
 
-    const std::shared_ptr<LossAccounts> mAccounts;
     std::atomic<uint64_t> mFrameLostRecordLastTime{0};  // of the last reset, wall-clock seconds
+    std::atomic<uint16_t> mFrameLostRecordCount{0};     // lines since then, modulo 65536
 };
 
 }  // namespace zk

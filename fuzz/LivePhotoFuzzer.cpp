@@ -2,6 +2,7 @@
 #include <json/reader.h>
 #include <json/value.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,7 +27,19 @@ constexpr uint32_t kMostRecords = 4;
 constexpr size_t kLongestText = 1 << 14;
 constexpr char kRepeat = '\x1f';
 
-enum Kind { kFile, kShorter, kEqual, kLonger, kReadOnly, kPipe, kZeros, kClosed, kKinds };
+enum Kind {
+    kFile,
+    kShorter,
+    kEqual,
+    kLonger,
+    kReadOnly,
+    kAppending,
+    kSealed,
+    kPipe,
+    kZeros,
+    kClosed,
+    kKinds
+};
 
 // The text as it stands, but for a repeat mark and the byte behind it, which repeat what came just
 // before about a thousand times: deep nesting from a short input.
@@ -48,7 +61,7 @@ std::string requestText(const uint8_t* data, size_t size) {
 }
 
 int memory(size_t size) {
-    const int fd = memfd_create("fuzz", MFD_CLOEXEC);
+    const int fd = memfd_create("fuzz", MFD_CLOEXEC | MFD_ALLOW_SEALING);
     require(fd >= 0 && ftruncate(fd, static_cast<off_t>(size)) == 0, "a memory object");
     return fd;
 }
@@ -73,6 +86,16 @@ int openKind(Kind kind, size_t needed) {
             close(fd);
             return readOnly;
         }
+        case kAppending: {
+            const int fd = memory(needed);
+            require(fcntl(fd, F_SETFL, O_APPEND) == 0, "append mode");
+            return fd;
+        }
+        case kSealed: {
+            const int fd = memory(needed + 5);
+            require(fcntl(fd, F_ADD_SEALS, F_SEAL_GROW) == 0, "a seal");
+            return fd;
+        }
         case kPipe: {
             int ends[2];
             require(pipe(ends) == 0, "a pipe");
@@ -84,6 +107,11 @@ int openKind(Kind kind, size_t needed) {
         default:
             return -1;
     }
+}
+
+off_t sizeOf(int fd) {
+    struct stat status {};
+    return fstat(fd, &status) == 0 ? status.st_size : -1;
 }
 
 // What the descriptor's object holds must be the first `count` records or untouched zeros.
@@ -128,6 +156,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int fd = openKind(kind, count * zk::kFrameRecordSize);
     lseek(fd, 5, SEEK_SET);
     const off_t offset = lseek(fd, 0, SEEK_CUR);
+    const off_t end = sizeOf(fd);
     reply.clear();
     livePhoto->PostDataForLivePhoto(true, fd, requestText(data + 2, size - 2));
     require(reply.empty() == (kind == kClosed), "one reply where there is a descriptor");
@@ -135,8 +164,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Json::Value root;
         require(Json::Reader().parse(reply, root) && root.size() == 2 && root["id"].isString(),
                 "a proper reply");
-        checkContent(kind <= kReadOnly ? fd : -1, root["state"].asInt());
+        checkContent(kind <= kSealed ? fd : -1, root["state"].asInt());
         require(lseek(fd, 0, SEEK_CUR) == offset, "the offset where it was");
+        require(sizeOf(fd) == end, "the end where it was");
         close(fd);
     }
     return 0;

@@ -7,8 +7,8 @@
 #include "fuzz/CheckedRecorder.h"
 #include "fuzz/InputBytes.h"
 #include "platform/CameraMemoryItemInfo.h"
-#include "platform/FrameDropNotification.h"
 #include "platform/host/ClockControl.h"
+#include "platform/host/FrameDropNotification.h"
 #include "platform/host/SyncControl.h"
 #include "records/FieldTags.h"
 #include "records/VDRData1.h"
@@ -80,12 +80,12 @@ private:
 
     uint32_t tag() {
         const uint8_t kind = byte();
-        return kind < 250 ? kind % (kTagCount + 1) : mInput.take<uint32_t>();
+        return kind < 250 ? kind % (tag::kCount + 1) : mInput.take<uint32_t>();
     }
 
     // Ends with its memory; as long as the tag's field.
     std::vector<uint8_t> fieldFor(uint32_t tag) {
-        std::vector<uint8_t> field(tag < kTagCount ? kFieldSizes[tag] : 1, byte());
+        std::vector<uint8_t> field(tag < tag::kCount ? kFieldSizes[tag] : 1, byte());
         mInput.takeTo(field.data(), std::min<size_t>(field.size(), 8));
         std::replace(field.begin(), field.end(), uint8_t{'\n'}, uint8_t{'\t'});  // a line per frame
         return field;
@@ -189,7 +189,7 @@ private:
         const int count = length < 128 ? length + 1 : length % 16 + 1;
         for (int i = 0; i < count && mFramesLeft > 0; ++i, ++mFrame, --mFramesLeft) {
             take(mFrame);
-            recorder().writeMaintain(mFrame, 0, &mFrame);
+            recorder().writeMaintain(mFrame, tag::frameNumber, &mFrame);
             if ((kind & 2) != 0) {
                 recorder().CacheDataForLivePhoto(mFrame);
                 recorder().DoneDataForLivePhoto(mFrame);

@@ -6,11 +6,29 @@
 
 #include "livephoto/LivePhotoRequest.h"
 #include "livephoto/SharedBuffer.h"
-#include "platform/BoundedMemory.h"
 #include "platform/Log.h"
 #include "platform/ORNProxy.h"
 
+// Every line about a post carries the operation's name, whatever function writes it.
+#define VDR_LOG_POST(priority, format, ...)                                            \
+    VDR_LOG_AS("PostDataForLivePhoto", priority, "VDR::PostDataForLivePhoto, " format, \
+               ##__VA_ARGS__)
+
 namespace zk {
+
+void LivePhoto::open() {
+    // Before the lock: camera threads may be waiting for it.
+    std::unique_ptr<frameData[]> places(new (std::nothrow) frameData[kFrames]);
+    RingQueue<frameData> queue;
+    queue.reserve(kFrames);
+    const SpinLockGuard guard(mLivePhotoLock);
+    if (mLivePhotoDataMap == nullptr) {
+        mLivePhotoDataMap = std::move(places);
+    }
+    if (mOfflineVDRDataOut.capacity() == 0) {
+        mOfflineVDRDataOut = std::move(queue);
+    }
+}
 
 void LivePhoto::store(uint32_t frameNumber, const frameData& record) {
     const size_t place = frameNumber % kFrames;
@@ -55,17 +73,54 @@ void LivePhoto::DoneDataForLivePhoto(uint32_t frameNumber) {
 }
 
 LivePhoto::Post LivePhoto::select(uint32_t start, uint32_t end) {
+    // Wraps around: an end just before the start gives none, any earlier one gives all.
+    const size_t wanted = end - start + 1;
     Post post;
+    post.records.reserve(std::min(wanted, kFrames));  // before the lock, like the rest
+    post.droppedFrames.reserve(kFrames);
     const SpinLockGuard guard(mLivePhotoLock);
     while (!mOfflineVDRDataOut.empty() && mOfflineVDRDataOut.front().frameNumber() < start) {
         post.droppedFrames.push_back(mOfflineVDRDataOut.front().frameNumber());
         mOfflineVDRDataOut.pop_front();
     }
-    // Wraps around: an end just before the start gives none, any earlier one gives all.
-    const size_t wanted = end - start + 1;
     post.count = std::min(wanted, mOfflineVDRDataOut.size());
-    post.records = mOfflineVDRDataOut.oldest(post.count);
+    if (post.records.capacity() >= post.count) {
+        post.records.append(mOfflineVDRDataOut, 0, post.count);
+    }
     return post;
+}
+
+int32_t LivePhoto::fill(SharedBuffer& buffer, const LivePhotoRequest& request) {
+    const uint32_t first = Orn::Adapter::Common::ORNProxy::GetInstance()->GetFirstAppFrameNumber();
+    const uint32_t start = request.startFrame - first;
+    const uint32_t end = request.endFrame - first;
+    VDR_LOG_POST(kLogDebug,
+                 "firstAppFrameNum=%u, stratFrame=%u, endFrame=%u, bufferSize=%u, id=%s!", first,
+                 start, end, request.bufferSize, request.id.c_str());
+    Post post = select(start, end);
+    for (; !post.droppedFrames.empty(); post.droppedFrames.pop_front()) {
+        VDR_LOG_POST(kLogDebug, "pop out data, chiFrameNum=%u!", post.droppedFrames.front());
+    }
+    const size_t needed = post.count * kFrameRecordSize;
+    if (post.records.size() != post.count) {
+        VDR_LOG_POST(kLogError, "no memory for %u bytes of records!",
+                     static_cast<uint32_t>(needed));
+        return 0;
+    }
+    bool isServed = buffer.holds(needed);
+    for (uint32_t i = 0; isServed && !post.records.empty(); ++i) {
+        const frameData& record = post.records.front();
+        isServed = buffer.write(i * kFrameRecordSize, record.bytes, kFrameRecordSize);
+        if (isServed) {
+            VDR_LOG_POST(kLogDebug, "count=%u, chiFrameNum=%u!", i, record.frameNumber());
+            post.records.pop_front();
+        }
+    }
+    if (!isServed) {
+        VDR_LOG_POST(kLogError, "buffer:%p, apk apply size:%u, postQueue need size:%u!",
+                     buffer.address(), request.bufferSize, static_cast<uint32_t>(needed));
+    }
+    return isServed ? 1 : 0;
 }
 
 void LivePhoto::PostDataForLivePhoto(bool isOpen, int32_t fd, const std::string& requestText) {
@@ -77,41 +132,7 @@ void LivePhoto::PostDataForLivePhoto(bool isOpen, int32_t fd, const std::string&
         if (!buffer.isDuplicated()) {
             return;
         }
-        const uint32_t first =
-                Orn::Adapter::Common::ORNProxy::GetInstance()->GetFirstAppFrameNumber();
-        const uint32_t start = request.startFrame - first;
-        const uint32_t end = request.endFrame - first;
-        VDR_LOGD(
-                "VDR::PostDataForLivePhoto, firstAppFrameNum=%u, stratFrame=%u, endFrame=%u, "
-                "bufferSize=%u, id=%s!",
-                first, start, end, request.bufferSize, request.id.c_str());
-        Post post = select(start, end);
-        for (; !post.droppedFrames.empty(); post.droppedFrames.pop_front()) {
-            VDR_LOGD("VDR::PostDataForLivePhoto, pop out data, chiFrameNum=%u!",
-                     post.droppedFrames.front());
-        }
-        const size_t needed = post.count * kFrameRecordSize;
-        if (post.records.size() != post.count) {
-            VDR_LOGE("VDR::PostDataForLivePhoto, no memory for %u bytes of records!",
-                     static_cast<uint32_t>(needed));
-        } else if (!buffer.holds(needed)) {
-            VDR_LOGE(
-                    "VDR::PostDataForLivePhoto, buffer:%p, apk apply size:%u, postQueue need "
-                    "size:%u!",
-                    buffer.address(), request.bufferSize, static_cast<uint32_t>(needed));
-        } else {
-            auto* place = static_cast<uint8_t*>(buffer.address());
-            for (uint32_t i = 0; !post.records.empty(); ++i, place += kFrameRecordSize) {
-                const frameData& record = post.records.front();
-                if (memcpy_s(place, kFrameRecordSize, record.bytes, kFrameRecordSize) != 0) {
-                    VDR_LOGE("VDR::PostDataForLivePhoto, memcpy_s fail!");
-                }
-                VDR_LOGD("VDR::PostDataForLivePhoto, count=%u, chiFrameNum=%u!", i,
-                         record.frameNumber());
-                post.records.pop_front();
-            }
-            state = 1;
-        }
+        state = fill(buffer, request);
         munmapRet = buffer.unmap();
     }
     const std::string outStr = livePhotoReply(request.id, state);
@@ -122,10 +143,10 @@ void LivePhoto::PostDataForLivePhoto(bool isOpen, int32_t fd, const std::string&
     }
     if (callback) {
         callback(kResultCode, outStr);
-        VDR_LOGD("VDR::PostDataForLivePhoto, mResultCamDataCb execute!");
+        VDR_LOG_POST(kLogDebug, "mResultCamDataCb execute!");
     }
-    VDR_LOGD("VDR::PostDataForLivePhoto, outStr: %s, returnState %d, id %s, munmapRet %d!",
-             outStr.c_str(), state, request.id.c_str(), munmapRet);
+    VDR_LOG_POST(kLogDebug, "outStr: %s, returnState %d, id %s, munmapRet %d!", outStr.c_str(),
+                 state, request.id.c_str(), munmapRet);
 }
 
 void LivePhoto::RegisterCamDataCb(CamDataCb callback) {

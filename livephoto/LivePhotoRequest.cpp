@@ -4,71 +4,22 @@
 #include <json/value.h>
 
 #include <algorithm>
-#include <vector>
+#include <cstddef>
 
 namespace zk {
 namespace {
 
-constexpr size_t kDeepestNesting = 1000;  // a value further down ends the process
+constexpr size_t kLongestText = 16384;  // bytes: the parser's time grows with the text's square
 
-// Bytes. Collecting a comment searches all text since the last value: thousands of them would keep
-// the parser busy for seconds. What is read is the same either way.
-constexpr size_t kLongestTextWithComments = 16384;
+// A value below the parser's thousandth level ends the process. No level opens without one of
+// these; those in strings count as well, since what the parser takes for a string in malformed
+// text is its own affair.
+constexpr ptrdiff_t kMostOpeningBrackets = 999;
 
-// Skips the rest of a string or comment that starts at `at`; the position behind it.
-size_t skipString(const std::string& json, size_t at) {
-    for (++at; at < json.size() && json[at] != '"'; ++at) {
-        if (json[at] == '\\') {
-            ++at;
-        }
-    }
-    return at + 1;
-}
-
-size_t skipComment(const std::string& json, size_t at) {
-    const char kind = at + 1 < json.size() ? json[at + 1] : '\0';
-    if (kind == '*') {
-        const size_t end = json.find("*/", at + 2);
-        return end == std::string::npos ? json.size() : end + 2;
-    }
-    // The parser swallows the character behind a stray slash, be it a quote or a bracket.
-    return kind == '/' ? json.find_first_of("\r\n", at) : at + 2;
-}
-
-// Whether the parser would look for a value deeper than it can. Brackets that close nothing are
-// skipped, since the parser takes whatever follows a comment behind a member for the comma: the
-// brackets that it has open are always among those counted here, so that malformed text may be
-// called too deep, and none that is goes unnoticed.
-bool isTooDeep(const std::string& json) {
-    std::vector<char> open;
-    for (size_t at = 0; at < json.size();) {
-        const char c = json[at];
-        if (c == '"') {
-            at = skipString(json, at);
-            continue;
-        }
-        if (c == '/') {
-            at = skipComment(json, at);
-            continue;
-        }
-        ++at;
-        bool isValueNext = c == ':';
-        if (c == '{' || c == '[') {
-            open.push_back(c);
-            const size_t next = json.find_first_not_of(" \t\r\n", at);
-            isValueNext = c == '[' && (next == std::string::npos || json[next] != ']');
-        } else if ((c == '}' || c == ']') && !open.empty() &&
-                   open.back() == (c == '}' ? '{' : '[')) {
-            open.pop_back();
-            if (open.empty()) {
-                return false;  // what follows the root is not read
-            }
-        }
-        if (open.size() + (isValueNext ? 1 : 0) > kDeepestNesting) {
-            return true;
-        }
-    }
-    return false;
+bool isParsable(const std::string& json) {
+    return json.size() <= kLongestText && std::count_if(json.begin(), json.end(), [](char c) {
+                                              return c == '[' || c == '{';
+                                          }) <= kMostOpeningBrackets;
 }
 
 uint32_t unsignedMember(const Json::Value& root, const char* key) {
@@ -80,12 +31,10 @@ uint32_t unsignedMember(const Json::Value& root, const char* key) {
 
 LivePhotoRequest LivePhotoRequest::parse(const std::string& json) {
     LivePhotoRequest request;
-    if (isTooDeep(json)) {
-        return request;
-    }
     Json::Value root;
-    const bool collectComments = json.size() <= kLongestTextWithComments;
-    Json::Reader().parse(json, root, collectComments);
+    if (isParsable(json)) {
+        Json::Reader().parse(json, root);
+    }
     if (!root.isObject()) {
         return request;
     }

@@ -6,7 +6,8 @@
 namespace zk {
 
 // What the application asks for, in its own frame numbering. The text is not trusted: whatever it
-// holds, missing or unusable numbers read as 0 and a missing or unusable id as the empty string.
+// holds, missing or unusable numbers read as 0 and a missing or unusable id as the empty string. A
+// text of more than 16 KiB, or with more than 999 opening brackets and braces, has no members.
 struct LivePhotoRequest {
     std::string id;
     uint32_t startFrame = 0;

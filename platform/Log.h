@@ -38,10 +38,13 @@ inline std::string qualifiedFunctionName(std::string_view prettyFunction) {
 
 }  // namespace zk
 
-// "%s<%d>: " is filled with the calling function and line; `format` must be a literal.
-#define VDR_LOG(priority, format, ...)                                                    \
-    __android_log_print((priority), ::zk::kLogTag, "%s<%d>: " format, __func__, __LINE__, \
+// "%s<%d>: " is filled with the calling function and line, so that the function's name is part of
+// the text: whoever moves or splits a function that logs names the old one with the ..._AS forms.
+// `format` must be a literal.
+#define VDR_LOG_AS(function, priority, format, ...)                                       \
+    __android_log_print((priority), ::zk::kLogTag, "%s<%d>: " format, function, __LINE__, \
                         ##__VA_ARGS__)
+#define VDR_LOG(priority, format, ...) VDR_LOG_AS(__func__, priority, format, ##__VA_ARGS__)
 #define VDR_LOGD(format, ...) VDR_LOG(::zk::kLogDebug, format, ##__VA_ARGS__)
 #define VDR_LOGI(format, ...) VDR_LOG(::zk::kLogInfo, format, ##__VA_ARGS__)
 #define VDR_LOGW(format, ...) VDR_LOG(::zk::kLogWarning, format, ##__VA_ARGS__)
@@ -49,6 +52,9 @@ inline std::string qualifiedFunctionName(std::string_view prettyFunction) {
 
 // The monitoring service's own convention, at information priority: the module tag of this
 // component is empty, and the line stands twice.
-#define VDR_LOG_DFX(format, ...)                      \
-    VDR_LOG(::zk::kLogInfo, "[%s] %s:%d " format, "", \
-            ::zk::qualifiedFunctionName(__PRETTY_FUNCTION__).c_str(), __LINE__, ##__VA_ARGS__)
+#define VDR_LOG_DFX_AS(function, qualifiedName, format, ...)                                \
+    VDR_LOG_AS(function, ::zk::kLogInfo, "[%s] %s:%d " format, "", qualifiedName, __LINE__, \
+               ##__VA_ARGS__)
+#define VDR_LOG_DFX(format, ...)                                                               \
+    VDR_LOG_DFX_AS(__func__, ::zk::qualifiedFunctionName(__PRETTY_FUNCTION__).c_str(), format, \
+                   ##__VA_ARGS__)

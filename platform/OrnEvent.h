@@ -1,13 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "base/memberAt.h"
+#include "base/pinOperations.h"
+
 // Events, event clients and the event agency of the camera stack's monitoring service. The order
-// of the virtual operations is the service's binary interface.
+// of the virtual operations and of what events carry is the service's binary interface.
 
 namespace Orn {
 
@@ -20,6 +24,9 @@ struct EventProperty {
     int32_t value = 0;
     std::vector<uint32_t> agencies;
 };
+VDR_MEMBER_AT(EventProperty, value, 0, 4);
+static_assert(offsetof(EventProperty, agencies) == 8 && sizeof(EventProperty) == 32,
+              "others find EventProperty::agencies at 8, 24 bytes");
 
 class IEvent {
 public:
@@ -32,6 +39,9 @@ public:
     virtual void SetAgencyScope(EventProperty& in) = 0;
     virtual ~IEvent() = default;
 };
+VDR_PIN_OPERATIONS(IEvent, 0, &IEvent::GetEventId, &IEvent::GetSyncStatus, &IEvent::SetSyncStatus,
+                   &IEvent::GetPriority, &IEvent::SetPriority, &IEvent::GetAgencyScope,
+                   &IEvent::SetAgencyScope);
 
 // What every event carries. Create events in one shared allocation (std::make_shared): an event
 // that no shared reference holds cannot hand one out, and asking it to ends the process.
@@ -54,10 +64,18 @@ private:
         }
     }
 
+    // Of both bases, the table's address and the reference to itself come first.
+    static void pinMembers() {
+        VDR_CLASS_MEMBER_AT(IEventBase, mSyncStatus, 24, 1);
+        VDR_CLASS_MEMBER_AT(IEventBase, mPriority, 28, 4);
+        VDR_CLASS_MEMBER_AT(IEventBase, mAgencyScope, 32, 32);
+    }
+
     bool mSyncStatus = false;
     EventPriority mPriority = EventPriority::kDefault;
     EventProperty mAgencyScope;
 };
+static_assert(sizeof(IEventBase) == 64);
 
 using EventCallback = std::function<int32_t(std::shared_ptr<IEvent>)>;
 
@@ -74,6 +92,9 @@ public:
     virtual int SendEvent(std::shared_ptr<IEvent> event) = 0;
     virtual ~IEventClient() = default;
 };
+VDR_PIN_OPERATIONS(IEventClient, 0, &IEventClient::SubscribeEvents,
+                   &IEventClient::UnsubscribeEvents, &IEventClient::GetClientName,
+                   &IEventClient::SetEventCallback, &IEventClient::SendEvent);
 
 class IEventAgency {
 public:
@@ -81,5 +102,6 @@ public:
     virtual std::shared_ptr<IEventClient> CreateEventClient(const std::string& name) = 0;
     virtual ~IEventAgency() = default;
 };
+VDR_PIN_OPERATIONS(IEventAgency, 0, &IEventAgency::CreateEventClient);
 
 }  // namespace Orn

@@ -5,9 +5,11 @@
 #include <memory>
 #include <utility>
 
+#include "base/pinOperations.h"
+
 namespace zk {
 
-// How the recorder settled an announced frame drop.
+// How the recorder completes an announced frame drop.
 enum VdrSyncCode : int32_t {
     VDR_SYNC_LIMITED = 0,  // a limit was reached, nothing is recorded for this drop
     VDR_SYNC_DONE = 1,     // its files are written, or the recorder was stopped
@@ -30,5 +32,7 @@ public:
 protected:
     ~SyncManager() = default;
 };
+VDR_PIN_OPERATIONS(SyncManager, 0, &SyncManager::getFuture, &SyncManager::forget,
+                   &SyncManager::getPromise);
 
 }  // namespace zk

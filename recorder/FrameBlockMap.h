@@ -1,23 +1,48 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
 namespace zk {
 
 // Frame number -> record block for the frames that are being filled: a hash table of fixed size,
-// since every field that the pipeline writes looks its frame up here. One thread at a time.
+// since every field that the pipeline writes looks its frame up here. It is changed by one thread
+// at a time, under the pool's lock, and read by any number meanwhile that neither wait nor write
+// to memory that others read: a reader notices by the version that the table was changed under
+// its eyes.
 class FrameBlockMap {
 public:
     // Never holds more, so that it stays sparse and probing short.
     static constexpr size_t kMaxEntries = 80;
 
+    // What a look-up found: nothing to rely on where the table was being changed.
+    struct Sight {
+        bool isClear;
+        void* block;  // null where the frame is absent
+    };
+    // Any thread, at any time. What it finds in clear sight is what it would have found before or
+    // after any concurrent change.
+    Sight look(uint32_t frameNumber) const {
+        const uint32_t version = mVersion.load(std::memory_order_acquire);
+        void* const block = find(frameNumber);
+        std::atomic_thread_fence(std::memory_order_acquire);
+        const bool isUnchanged = mVersion.load(std::memory_order_relaxed) == version;
+        return {isUnchanged && version % 2 == 0, block};
+    }
+
+    // All below: one thread at a time.
+
     // Null where the frame is absent.
     void* find(uint32_t frameNumber) const {
-        for (size_t i = home(frameNumber); mSlots[i].block != nullptr; i = next(i)) {
-            if (mSlots[i].frameNumber == frameNumber) {
-                return mSlots[i].block;
+        size_t i = home(frameNumber);
+        // Bounded for those who look while entries move: they may never meet a free slot.
+        for (size_t probes = 0; probes < kSlots; ++probes, i = next(i)) {
+            void* const block = mSlots[i].block.load(std::memory_order_relaxed);
+            if (block == nullptr ||
+                mSlots[i].frameNumber.load(std::memory_order_relaxed) == frameNumber) {
+                return block;
             }
         }
         return nullptr;
@@ -26,10 +51,11 @@ public:
     // The frame must be absent, `block` not null, and the table below kMaxEntries.
     void insert(uint32_t frameNumber, void* block) {
         size_t i = home(frameNumber);
-        while (mSlots[i].block != nullptr) {
+        while (blockAt(i) != nullptr) {
             i = next(i);
         }
-        mSlots[i] = {frameNumber, block};
+        const Change change(mVersion);
+        store(i, frameNumber, block);
         ++mSize;
     }
 
@@ -37,22 +63,26 @@ public:
     // for what once was there.
     void erase(uint32_t frameNumber) {
         size_t gap = home(frameNumber);
-        while (mSlots[gap].frameNumber != frameNumber || mSlots[gap].block == nullptr) {
+        while (numberAt(gap) != frameNumber || blockAt(gap) == nullptr) {
             gap = next(gap);
         }
-        for (size_t i = next(gap); mSlots[i].block != nullptr; i = next(i)) {
-            const size_t wanted = home(mSlots[i].frameNumber);
+        const Change change(mVersion);
+        for (size_t i = next(gap); blockAt(i) != nullptr; i = next(i)) {
+            const size_t wanted = home(numberAt(i));
             if (distance(wanted, i) >= distance(gap, i)) {
-                mSlots[gap] = mSlots[i];
+                store(gap, numberAt(i), blockAt(i));
                 gap = i;
             }
         }
-        mSlots[gap] = {};
+        store(gap, 0, nullptr);
         --mSize;
     }
 
     void clear() {
-        mSlots = {};
+        const Change change(mVersion);
+        for (size_t i = 0; i < kSlots; ++i) {
+            store(i, 0, nullptr);
+        }
         mSize = 0;
     }
 
@@ -64,8 +94,26 @@ private:
     static constexpr uint32_t kGoldenRatio = 2654435769U;  // spreads neighbouring frame numbers
 
     struct Slot {
-        uint32_t frameNumber = 0;
-        void* block = nullptr;  // null: the slot is free
+        std::atomic<void*> block{nullptr};  // null: the slot is free
+        std::atomic<uint32_t> frameNumber{0};
+    };
+
+    // The version is odd while the table is being changed. The fences keep the changes between
+    // the two stores, and what a reader saw between its two looks at the version.
+    class Change {
+    public:
+        explicit Change(std::atomic<uint32_t>& version) : mVersion(version) {
+            mVersion.store(current() + 1, std::memory_order_relaxed);
+            std::atomic_thread_fence(std::memory_order_release);
+        }
+        ~Change() { mVersion.store(current() + 1, std::memory_order_release); }
+        Change(const Change&) = delete;
+        Change& operator=(const Change&) = delete;
+
+    private:
+        uint32_t current() const { return mVersion.load(std::memory_order_relaxed); }
+
+        std::atomic<uint32_t>& mVersion;
     };
 
     static size_t home(uint32_t frameNumber) {
@@ -74,6 +122,16 @@ private:
     static size_t next(size_t slot) { return (slot + 1) & (kSlots - 1); }
     static size_t distance(size_t from, size_t to) { return (to - from) & (kSlots - 1); }
 
+    void* blockAt(size_t i) const { return mSlots[i].block.load(std::memory_order_relaxed); }
+    uint32_t numberAt(size_t i) const {
+        return mSlots[i].frameNumber.load(std::memory_order_relaxed);
+    }
+    void store(size_t i, uint32_t frameNumber, void* block) {
+        mSlots[i].frameNumber.store(frameNumber, std::memory_order_relaxed);
+        mSlots[i].block.store(block, std::memory_order_relaxed);
+    }
+
+    std::atomic<uint32_t> mVersion{0};
     std::array<Slot, kSlots> mSlots{};
     size_t mSize = 0;
 };

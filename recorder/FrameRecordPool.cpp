@@ -2,20 +2,20 @@
 
 #include <cstdlib>
 
-#include "dump/BinDumpFile.h"
 #include "platform/BoundedMemory.h"
 #include "platform/Log.h"
 
 namespace zk {
 
-FrameRecordPool::FrameRecordPool(SpinLock& dataPoolLock) : mDataPoolLock(dataPoolLock) {
+FrameRecordPool::FrameRecordPool() {
     mDataBufferList.reserve(kBlocks);
     const SpinLockGuard guard(mDataPoolLock);
     const bool hasRoom = mDataReadyPool.reserve(kBlocks) && mDataDonePool.reserve(kBlocks);
     for (size_t i = 0; i < kBlocks; ++i) {
         void* block = hasRoom ? std::malloc(kFrameRecordSize) : nullptr;
         if (block == nullptr) {
-            VDR_LOGE("VDR::failed to alloc VDR data buffer for write!");
+            VDR_LOG_AS("ZkaVideoDataRecoderImpl", kLogError,
+                       "VDR::failed to alloc VDR data buffer for write!");
             continue;
         }
         memset_s(block, kFrameRecordSize, 0, kFrameRecordSize);
@@ -44,6 +44,14 @@ void FrameRecordPool::take(uint32_t frameNumber) {
     mDataReadyPool.pop_front();
 }
 
+void* FrameRecordPool::find(uint32_t frameNumber) {
+    if (const FrameBlockMap::Sight sight = look(frameNumber); sight.isClear) {
+        return sight.block;
+    }
+    const SpinLockGuard guard(mDataPoolLock);
+    return mDataProcessingPool.find(frameNumber);
+}
+
 FrameRecordPool::Copy FrameRecordPool::copyBlock(const void* block, frameData& out) {
     return memcpy_s(out.bytes, kFrameRecordSize, block, kFrameRecordSize) == 0 ? Copy::kDone
                                                                                : Copy::kFailed;
@@ -66,15 +74,8 @@ FrameRecordPool::Copy FrameRecordPool::complete(uint32_t frameNumber, frameData&
     return copyBlock(block, out);
 }
 
-void FrameRecordPool::reportOldest(BinDumpFile& binDumpFile) {
-    const SpinLockGuard guard(mDataPoolLock);
-    if (mDataDonePool.empty()) {
-        return;
-    }
+void FrameRecordPool::freeOldest() {
     void* block = mDataDonePool.front();
-    if (binDumpFile.isOn()) {
-        binDumpFile.dumpDataToBinFile(block);
-    }
     memset_s(block, kFrameRecordSize, 0, kFrameRecordSize);
     mDataReadyPool.push_back(block);
     mDataDonePool.pop_front();

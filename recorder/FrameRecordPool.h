@@ -11,8 +11,6 @@
 
 namespace zk {
 
-class BinDumpFile;
-
 // The record blocks, 80 of 4096 bytes, allocated once, each in exactly one of three pools:
 //
 //   ready ──take──> processing ──complete──> done ──report──> ready
@@ -27,27 +25,34 @@ public:
     };
     enum class Copy { kDone, kFailed, kNoSuchFrame };
 
-    // `dataPoolLock` must outlive this. Blocks that cannot be allocated are logged and missing.
-    explicit FrameRecordPool(SpinLock& dataPoolLock);
+    // Blocks that cannot be allocated are logged and missing.
+    FrameRecordPool();
     ~FrameRecordPool();
     FrameRecordPool(const FrameRecordPool&) = delete;
     FrameRecordPool& operator=(const FrameRecordPool&) = delete;
 
     // Nothing happens where no block is free or the frame has one already.
     void take(uint32_t frameNumber);
-    // The block of a frame that is being filled, or null. It is written outside the lock.
-    // In sight of the compiler, since every field that the pipeline writes passes here.
-    void* find(uint32_t frameNumber) {
-        const SpinLockGuard guard(mDataPoolLock);
-        return mDataProcessingPool.find(frameNumber);
+    // The block of a frame that is being filled, or null, looked for without the lock. It is
+    // written outside the lock too. In sight of the compiler, since every field write passes here.
+    FrameBlockMap::Sight look(uint32_t frameNumber) const {
+        return mDataProcessingPool.look(frameNumber);
     }
+    // The same; takes the lock while somebody changes the pool.
+    void* find(uint32_t frameNumber);
     // Copies the block of a frame that is being filled.
     Copy copy(uint32_t frameNumber, frameData& out);
     // Moves the frame's block to the done pool and copies it.
     Copy complete(uint32_t frameNumber, frameData& out);
-    // Stages the oldest done block for the binary dump file where recording is on, clears and
-    // frees it. The file is written under the lock, which keeps staging and writing in one order.
-    void reportOldest(BinDumpFile& binDumpFile);
+    // Shows the oldest done block to `stage`, under the lock, then clears and frees it.
+    template <typename Stage>
+    void reportOldest(Stage stage) {
+        const SpinLockGuard guard(mDataPoolLock);
+        if (!mDataDonePool.empty()) {
+            stage(mDataDonePool.front());
+            freeOldest();
+        }
+    }
     // The oldest done block or null; valid until it is reported.
     void* oldestDone();
     // Frame number of the oldest done block; false where there is none.
@@ -60,11 +65,13 @@ private:
     static constexpr size_t kBlocks = FrameBlockMap::kMaxEntries;
 
     static Copy copyBlock(const void* block, frameData& out);
+    void freeOldest() VDR_REQUIRES(mDataPoolLock);
 
-    SpinLock& mDataPoolLock;             // shared with the staging buffer of the binary dump file
     std::vector<void*> mDataBufferList;  // owns the blocks; fixed after construction
+
+    SpinLock mDataPoolLock;  // held for container work, to copy a record and to clear blocks
     RingQueue<void*> mDataReadyPool VDR_GUARDED_BY(mDataPoolLock);
-    FrameBlockMap mDataProcessingPool VDR_GUARDED_BY(mDataPoolLock);
+    FrameBlockMap mDataProcessingPool;  // changed under the lock, looked at without it
     RingQueue<void*> mDataDonePool VDR_GUARDED_BY(mDataPoolLock);  // oldest at the front
 };
 

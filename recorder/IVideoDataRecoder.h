@@ -14,12 +14,24 @@ struct MemoryAllocTimeoutInfo;
 struct SysStatusCollection;
 
 // The camera pipeline's view of the recorder. Operations may be called from any thread; none of
-// them throws, and every failure is logged and swallowed. The order of the operations is a binary
-// interface: callers go through the virtual table by position.
+// them throws. The order of the operations is a binary interface: callers go through the virtual
+// table by position.
 //
 // Per camera session: initialize; per frame VDRProcessing, any number of writes, VDRDone and later
-// VDRReport; unInitialize. The writes to a frame must have returned before its VDRDone, and the
-// whole of a session's calls before its unInitialize, or the bytes of those fields are undefined.
+// VDRReport; unInitialize. For a dump that tells something:
+// - Complete lost frames too: a frame that is taken and never done keeps its record until the
+//   session ends, and with 80 of them nothing is recorded any more.
+// - Announce a loss before 30 further frames are done, and a burst of losses once.
+// - Call VDRDone from one thread where the order of frames matters: dumps have its order.
+// - Ask getVDRStatus before writing: a recorder that was never opened logs a line per write.
+// - The writes to a frame must have returned before its VDRDone, and the whole of a session's
+//   calls before its unInitialize, or the bytes of those fields are undefined.
+//
+// A failure is logged and costs what hung on it: a file that cannot be written, a thread, a buffer
+// or a block of records that cannot be had. It ends the process where the recorder cannot go on:
+// where a small allocation is refused (a container's element, a string, a task: the code knows no
+// exceptions), where an event of the monitoring service is owned by no shared reference, or where
+// somebody else has already kept the promise of a loss.
 class IVideoDataRecoder {
 protected:
     // First, since it takes the first two places of the virtual table. Protected, since the one
@@ -33,8 +45,9 @@ public:
     // Writes out what is pending and resets the session's data; the recorder stays open.
     virtual void unInitialize() = 0;
 
-    // Copies one field into the frame's record. `data` points to the field's size in bytes (one
-    // element's for arrays, which append); tags are 0 to 38. Frames without a record are ignored.
+    // Copies one field, tagged as in records/FieldTags.h, into the frame's record. `data` points to
+    // the field's size in bytes (one element's for arrays, which append). Frames without a record
+    // are ignored.
     virtual void writeMaintain(uint32_t frameNumber, uint32_t tagId, const void* data) = 0;
     // The same for `count` pairs of tag and data.
     virtual void writeMaintains(uint32_t frameNumber, const uint32_t* tagIds,
@@ -52,7 +65,8 @@ public:
     virtual void getVDRInfo(uint32_t frameNumber, void** data) = 0;
     // Whether the oldest complete record belongs to a video recording.
     virtual void getMP4Writable(bool* writable) = 0;
-    // A video recording starts at this frame; false when one is running already.
+    // A video recording starts at this frame; false when one is running already. Both marks are
+    // written to the frame's record too (tag 8), if it has one that is not done yet.
     virtual void markWritable(uint32_t frameNumber, bool& writable) = 0;
     // The video recording ends before this frame.
     virtual void markUnWritable(uint32_t frameNumber) = 0;

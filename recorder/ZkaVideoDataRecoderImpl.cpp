@@ -8,23 +8,20 @@
 #include "platform/CameraMemoryItemInfo.h"
 #include "platform/Clock.h"
 #include "platform/DfxMonitorAgency.h"
-#include "platform/FrameDropNotification.h"
 #include "platform/Log.h"
 #include "platform/Properties.h"
-#include "platform/SyncManager.h"
+#include "platform/frameDropOf.h"
 #include "records/FieldTags.h"
-#include "records/VDRData1.h"
-#include "records/VDRData2.h"
+#include "records/RecordLevel.h"
+#include "records/makeName2Tag.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 
 namespace zk {
 namespace {
 
 constexpr long kCommercialBuild = 6;
-constexpr int32_t kNoPreview = -1;  // scene mode
-constexpr int32_t kNullEvent = -22;
-constexpr uint64_t kLastIgnoredFrame = 10;  // the pipeline is still starting up to here
-constexpr uint8_t kVideoStarts = 1;         // values of the field videoAction
+constexpr int32_t kNoPreview = -1;   // scene mode
+constexpr uint8_t kVideoStarts = 1;  // values of the field videoAction
 constexpr uint8_t kVideoEnded = 2;
 
 long userType() {
@@ -37,13 +34,9 @@ long userType() {
 
 ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
       : mVDRLevel(property_get_int32("vendor.camera.debug.VideoDataRecorderLevel", 1)),
-        mBinDumpFile(mDataPoolLock),
-        mFrameRecordPool(mDataPoolLock),
         mName2Tag(makeName2Tag()),
-        mTag2WriteFunc(kTagCount),
-        mLossAccounts(std::make_shared<LossAccounts>()),
-        mFrameLossLimit(mLossAccounts),
-        mFrameLossHistory(mVDRLevel, mLossAccounts) {
+        mTag2WriteFunc(tag::kCount),
+        mFrameLoss(std::make_shared<FrameLoss>(mVDRLevel)) {
     const std::shared_ptr<Orn::IEventAgency> eventAgency =
             DfxMonitorAgency::GetInstance()->GetEventAgency();
     if (eventAgency == nullptr) {
@@ -54,9 +47,9 @@ ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
     if (mEventClient == nullptr) {
         VDR_LOGE("%s is true!", "mEventClient == nullptr");
     } else {
-        SubscribeEvent({ZkCamera::FrameDropNotification::kEventId});
+        SubscribeEvent({platform::kFrameDropEventId});
     }
-    mFrameLossLimit.start(platform::wallClockSeconds());
+    mFrameLoss->startDay(platform::wallClockSeconds());
     VDR_LOGI(
             "VDR::construct ZkaVideoDataRecoderImpl, mPreviewRecordStatus=%d, mVDRLevel=%d, "
             "mVDRStatus=%d, close VDR!",
@@ -64,12 +57,18 @@ ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
 }
 
 ZkaVideoDataRecoderImpl::~ZkaVideoDataRecoderImpl() {
-    VDR_LOGI("VDR::deconstruct ZkaVideoDataRecoderImpl!");
+    processEnds();
+}
+
+void ZkaVideoDataRecoderImpl::processEnds() {
+    mSystemStatus.tellToStop();
+    VDR_LOG_AS("~ZkaVideoDataRecoderImpl", kLogInfo, "VDR::deconstruct ZkaVideoDataRecoderImpl!");
+    mSystemStatus.tellToStop();
 }
 
 void ZkaVideoDataRecoderImpl::SubscribeEvent(const std::vector<uint32_t>& eventIds) {
     mEventClient->SetEventCallback(
-            [this](std::shared_ptr<Orn::IEvent> event) { return ReceiveEvent(std::move(event)); });
+            [this](const std::shared_ptr<Orn::IEvent>& event) { return ReceiveEvent(event); });
     if (const int ret = mEventClient->SubscribeEvents(eventIds); ret != 0) {
         VDR_LOG_DFX("SubscribeEvents failed, ret = %d", ret);
     } else {
@@ -103,26 +102,20 @@ void ZkaVideoDataRecoderImpl::initialize(uint8_t videoDebugSupport, int32_t scen
     }
     mVDRStatus = true;
     VDR_LOGI("VDR::initialize, open VDR(sceneMode:%d)!", sceneMode);
-    if (mVDRLevel == 2) {
-        mName2FuncMap = vdr2::VDRData2::getName2FuncMap();
-        VDR_LOGI(
-                "VDR::initialize ZkaVideoDataRecoderImpl, "
-                "vdr2::VDRData2::getName2FuncMap()=%p!",
-                static_cast<const void*>(mName2FuncMap));
-    } else if (mVDRLevel == 1) {
-        mName2FuncMap = vdr1::VDRData1::getName2FuncMap();
-        VDR_LOGI(
-                "VDR::initialize ZkaVideoDataRecoderImpl, "
-                "vdr1::VDRData1::getName2FuncMap()=%p!",
-                static_cast<const void*>(mName2FuncMap));
-    } else {
+    const RecordLevel* const level = RecordLevel::find(mVDRLevel);
+    if (level == nullptr) {
         VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, VDR level not match any, close VDR!");
         mVDRStatus = false;
         return;
     }
+    mName2FuncMap = level->getName2FuncMap();
+    VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, %s::getName2FuncMap()=%p!", level->name,
+             static_cast<const void*>(mName2FuncMap));
     bindWriters();
     VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=%d!",
              static_cast<int>(mTag2WriteFunc.size()));
+    mFrameLoss->open();
+    mLivePhoto.open();
     mBinDumpFile.setBinFile();
     mSystemStatus.SystemStatusInit(sceneMode);
     const FrameRecordPool::Sizes sizes = mFrameRecordPool.sizes();
@@ -145,9 +138,9 @@ void ZkaVideoDataRecoderImpl::bindWriters() {
 void ZkaVideoDataRecoderImpl::unInitialize() {
     mFrameRecordPool.recycleAll();
     mBinDumpFile.appendStaged();
-    mFrameLossHistory.dumpDataToFrameLostTxtFile();
+    mFrameLoss->stop();
     mVideoWindow.reset();
-    mFrameLossHistory.resetExceeded();
+    mFrameLoss->resetExceeded();
     mChiFenceMap.clear();
     mChiFrameMap.clear();
     mAllocTimeouts.clear();
@@ -174,19 +167,40 @@ void ZkaVideoDataRecoderImpl::unInitialize() {
             static_cast<int>(sizes.processing));
 }
 
+// Sixty times a frame: whatever is rare stands in a function of its own, so that the usual way
+// needs no room on the stack.
 void ZkaVideoDataRecoderImpl::writeMaintain(uint32_t frameNumber, uint32_t tagId,
                                             const void* data) {
-    if (tagId >= kTagCount || data == nullptr) {
-        VDR_LOGE("VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=%d, frameNumber=%d!",
-                 static_cast<int>(tagId), static_cast<int>(frameNumber));
-        return;
-    }
-    const WriteFunc writer = writerOf(tagId);
+    const WriteFunc writer = tagId < tag::kCount && data != nullptr ? writerOf(tagId) : nullptr;
     if (writer == nullptr) {
-        VDR_LOGE("VDR::writeMaintain, fun is nullptr, tagId=%d, frameNumber=%d!",
-                 static_cast<int>(tagId), static_cast<int>(frameNumber));
+        logRefusedWrite(frameNumber, tagId, data);
         return;
     }
+    const FrameBlockMap::Sight sight = mFrameRecordPool.look(frameNumber);
+    if (!sight.isClear) {
+        writeUnderChange(frameNumber, writer, data);
+    } else if (sight.block != nullptr) {
+        writer(sight.block, data);
+    }
+}
+
+void ZkaVideoDataRecoderImpl::logRefusedWrite(uint32_t frameNumber, uint32_t tagId,
+                                              const void* data) {
+    const auto id = static_cast<int>(tagId);
+    const auto number = static_cast<int>(frameNumber);
+    if (tagId >= tag::kCount || data == nullptr) {
+        VDR_LOG_AS("writeMaintain", kLogError,
+                   "VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=%d, "
+                   "frameNumber=%d!",
+                   id, number);
+    } else {
+        VDR_LOG_AS("writeMaintain", kLogError,
+                   "VDR::writeMaintain, fun is nullptr, tagId=%d, frameNumber=%d!", id, number);
+    }
+}
+
+void ZkaVideoDataRecoderImpl::writeUnderChange(uint32_t frameNumber, WriteFunc writer,
+                                               const void* data) {
     if (void* block = mFrameRecordPool.find(frameNumber); block != nullptr) {
         writer(block, data);
     }
@@ -209,7 +223,7 @@ void ZkaVideoDataRecoderImpl::writeMaintains(uint32_t frameNumber, const uint32_
         return;
     }
     for (uint32_t i = 0; i < count; ++i) {
-        if (tagIds[i] >= kTagCount) {
+        if (tagIds[i] >= tag::kCount) {
             VDR_LOGE("VDR::writeMaintains, tagId is wrong, tagId=%d, frameNumber=%d!",
                      static_cast<int>(tagIds[i]), static_cast<int>(frameNumber));
         } else if (const WriteFunc writer = writerOf(tagIds[i]); writer != nullptr) {
@@ -235,7 +249,7 @@ void ZkaVideoDataRecoderImpl::VDRDone(uint32_t frameNumber) {
             break;
     }
     mLivePhoto.store(frameNumber, done);
-    mFrameLossHistory.frameLostProcess(&done);
+    mFrameLoss->frameLostProcess(&done);
 }
 
 void ZkaVideoDataRecoderImpl::VDRDoneCount(uint32_t /*frameNumber*/, uint32_t* count) {
@@ -247,7 +261,12 @@ void ZkaVideoDataRecoderImpl::VDRDoneCount(uint32_t /*frameNumber*/, uint32_t* c
 }
 
 void ZkaVideoDataRecoderImpl::VDRReport(uint32_t /*frameNumber*/) {
-    mFrameRecordPool.reportOldest(mBinDumpFile);
+    if (!mBinDumpFile.isOn()) {
+        mFrameRecordPool.reportOldest([](const void* /*record*/) {});
+        return;
+    }
+    BinDumpFile::Turn turn(mBinDumpFile);
+    mFrameRecordPool.reportOldest([&turn](const void* record) { turn.stage(record); });
 }
 
 void ZkaVideoDataRecoderImpl::getVDRInfo(uint32_t /*frameNumber*/, void** data) {
@@ -275,7 +294,7 @@ void ZkaVideoDataRecoderImpl::markWritable(uint32_t frameNumber, bool& writable)
     }
     VDR_LOGI("VDR::markWritable, mFirstVideoFrameNum = %u!", frameNumber);
     mSystemStatus.startVideo(platform::wallClockSeconds());
-    writeMaintain(frameNumber, kTagVideoAction, &kVideoStarts);
+    writeMaintain(frameNumber, tag::videoAction, &kVideoStarts);
 }
 
 void ZkaVideoDataRecoderImpl::markUnWritable(uint32_t frameNumber) {
@@ -289,7 +308,7 @@ void ZkaVideoDataRecoderImpl::markUnWritable(uint32_t frameNumber) {
     }
     VDR_LOGI("VDR::markUnWritable, mLastVideoFrameNum = %u!", frameNumber - 1);
     mSystemStatus.endVideo(platform::wallClockSeconds());
-    writeMaintain(frameNumber, kTagVideoAction, &kVideoEnded);
+    writeMaintain(frameNumber, tag::videoAction, &kVideoEnded);
 }
 
 void ZkaVideoDataRecoderImpl::getVDRStatus(bool* status) {
@@ -311,7 +330,7 @@ void ZkaVideoDataRecoderImpl::checkPreviewAndVideoStatus(uint32_t frameNumber,
 
 void ZkaVideoDataRecoderImpl::WriteMaintainForLivePhoto(uint32_t frameNumber, uint32_t tagId,
                                                         const void* data) {
-    if (tagId >= kTagCount || data == nullptr) {
+    if (tagId >= tag::kCount || data == nullptr) {
         VDR_LOGE(
                 "VDR::WriteMaintainForLivePhoto, tagId is wrong or data is nullptr, tagId=%d, "
                 "frameNumber=%d!",
@@ -396,55 +415,8 @@ void ZkaVideoDataRecoderImpl::SnapshotCountAddOne() {
     mSystemStatus.SnapshotCountAddOne();
 }
 
-int32_t ZkaVideoDataRecoderImpl::ReceiveEvent(std::shared_ptr<Orn::IEvent> event) {
-    if (event == nullptr) {
-        return kNullEvent;
-    }
-    if (const uint32_t id = event->GetEventId(); id != ZkCamera::FrameDropNotification::kEventId) {
-        VDR_LOGW("VDR::ReceiveEvent, unknown eventId = %u", id);
-        return 0;
-    }
-    const std::shared_ptr<ZkCamera::FrameDropNotification> notification =
-            ZkCamera::FrameDropNotification::from(*event);
-    if (notification == nullptr) {
-        return 0;
-    }
-    const uint64_t timeStamp = notification->mTimeStamp;
-    const uint64_t frameNumber = notification->mFrameNumber;
-    VDR_LOG_DFX("VDR::ReceiveEvent, rec frame drop notification:%lu, %lu", timeStamp, frameNumber);
-    if (frameNumber <= kLastIgnoredFrame) {
-        VDR_LOG_DFX(
-                "VDR::ReceiveEvent, rec frame drop notification:%lu, %lu, mFrameNumber less "
-                "than 10!",
-                timeStamp, frameNumber);
-        return 0;
-    }
-    const auto [created, promise] = SyncManager::getInstance()->getPromise(timeStamp);
-    if (mFrameLossLimit.checkFrameLostRecordStatus(mFrameLossHistory.isExceeded())) {
-        if (created) {
-            VDR_LOG_DFX("VDR::ReceiveEvent, frameLost num already reach the max:%lu, %lu",
-                        timeStamp, frameNumber);
-            if (promise != nullptr) {
-                promise->set_value(VDR_SYNC_LIMITED);
-            }
-        } else {
-            VDR_LOG_DFX(
-                    "VDR::ReceiveEvent, frameLost num already reach the max:%lu, %lu, but "
-                    "fail to set",
-                    timeStamp, frameNumber);
-        }
-        return 0;
-    }
-    if (created) {
-        VDR_LOG_DFX("VDR::ReceiveEvent, suc get promise:%lu, %lu", timeStamp, frameNumber);
-        // The account before the frame number: no file is requested for a loss without account.
-        mLossAccounts->open(timeStamp, promise);
-        mFrameLossHistory.announce(static_cast<uint32_t>(frameNumber));
-    } else {
-        VDR_LOG_DFX("VDR::ReceiveEvent, promise already exist:%lu, %lu", timeStamp, frameNumber);
-        mFrameLossHistory.announceAgain(frameNumber);
-    }
-    return 0;
+int32_t ZkaVideoDataRecoderImpl::ReceiveEvent(const std::shared_ptr<Orn::IEvent>& event) {
+    return mFrameLoss->ReceiveEvent(event);
 }
 
 }  // namespace zk

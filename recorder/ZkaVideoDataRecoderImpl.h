@@ -10,9 +10,7 @@
 
 #include "base/SpinLock.h"
 #include "dump/BinDumpFile.h"
-#include "dump/LossAccounts.h"
-#include "frameloss/FrameLossHistory.h"
-#include "frameloss/FrameLossLimit.h"
+#include "frameloss/FrameLoss.h"
 #include "livephoto/LivePhoto.h"
 #include "platform/OrnEvent.h"
 #include "recorder/FrameRecordPool.h"
@@ -28,13 +26,17 @@ namespace zk {
 
 // The recorder: owns one object per subsystem, forwards to them, and orders what happens when a
 // camera session opens and closes. Any thread; the monitoring service calls ReceiveEvent on its
-// own. Locks are taken one at a time.
+// own.
 class ZkaVideoDataRecoderImpl final : public IVideoDataRecoder {
 public:
     // Allocates all record memory, reads the record level and the recording switch, and
     // subscribes to frame-drop announcements. The recorder stays closed.
     ZkaVideoDataRecoderImpl();
+    // Only where no other thread is inside any more.
     ~ZkaVideoDataRecoderImpl() override;
+    // The process ends, with other threads inside anything: tells the sampler to stop, touches
+    // nothing else and waits for nobody.
+    void processEnds();
 
     void initialize(uint8_t videoDebugSupport, int32_t sceneMode) override;
     void unInitialize() override;
@@ -66,10 +68,16 @@ public:
     void SnapshotCountAddOne() override;
 
     // An event of the monitoring service, on its thread. -22 for null, 0 otherwise.
-    int32_t ReceiveEvent(std::shared_ptr<Orn::IEvent> event);
+    int32_t ReceiveEvent(const std::shared_ptr<Orn::IEvent>& event);
 
 private:
     void SubscribeEvent(const std::vector<uint32_t>& eventIds);
+    // The line about a write without a usable tag, data or writer.
+    __attribute__((noinline)) static void logRefusedWrite(uint32_t frameNumber, uint32_t tagId,
+                                                          const void* data);
+    // A field write while somebody changes the pool.
+    __attribute__((noinline)) void writeUnderChange(uint32_t frameNumber, WriteFunc writer,
+                                                    const void* data);
     // Takes every tag's writer from mName2FuncMap.
     void bindWriters();
     WriteFunc writerOf(uint32_t tagId) const {
@@ -79,7 +87,6 @@ private:
     std::atomic<bool> mVDRStatus{false};  // open
     const int32_t mVDRLevel;              // record layout: 1 or 2, anything else keeps it closed
 
-    SpinLock mDataPoolLock;  // guards the record pool and the staged records of the dump file
     BinDumpFile mBinDumpFile;
     FrameRecordPool mFrameRecordPool;
     VideoWindow mVideoWindow;
@@ -89,9 +96,7 @@ private:
     // Tag -> the active level's writer; null where the level lacks the field or nothing is bound.
     std::vector<std::atomic<WriteFunc>> mTag2WriteFunc;
 
-    const std::shared_ptr<LossAccounts> mLossAccounts;
-    FrameLossLimit mFrameLossLimit;
-    FrameLossHistory mFrameLossHistory;
+    const std::shared_ptr<FrameLoss> mFrameLoss;  // shared with its writers on the worker pool
 
     SystemStatus mSystemStatus;
     LivePhoto mLivePhoto;
@@ -99,7 +104,7 @@ private:
     ChiFrameMap mChiFrameMap;
     AllocTimeouts mAllocTimeouts;
 
-    SpinLock mPreviewEventLock;
+    SpinLock mPreviewEventLock;  // held while an event is sent: the service gets them in order
     // Start of the running preview, microseconds since the epoch; its start event is sent.
     std::optional<uint64_t> mPreviewStartTime VDR_GUARDED_BY(mPreviewEventLock);
 

@@ -1,16 +1,17 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <unordered_map>
 
-namespace zk {
+#include "records/VDRData1Layout.h"
 
-// Tags name the fields at the interface; they are dense and follow the layout.
-inline constexpr uint32_t kTagCount = 39;
-inline constexpr uint32_t kTagVideoAction = 8;
+// Tags name the fields at the interface: writeMaintain(frame, zk::tag::zoomRatio, &zoom). They are
+// dense and follow the layout. Level 1 has every field there is; a level may lack some.
+namespace zk::tag {
 
-// Field name -> tag, all 39 of them.
-std::unordered_map<std::string, uint16_t> makeName2Tag();
+#define VDR_SCALAR_TAG(field) field,
+#define VDR_ARRAY_TAG(field, count) field,
+enum Tag : uint32_t { VDR1_FIELDS(VDR_SCALAR_TAG, VDR_ARRAY_TAG) kCount };
+#undef VDR_ARRAY_TAG
+#undef VDR_SCALAR_TAG
 
-}  // namespace zk
+}  // namespace zk::tag

@@ -1,7 +1,7 @@
 #include "records/FloatText.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 
 #include "records/IntegerText.h"
@@ -13,15 +13,28 @@ constexpr int kMantissaBits = 23;
 constexpr uint32_t kMantissaMask = (1U << kMantissaBits) - 1;
 constexpr uint32_t kImplicitBit = 1U << kMantissaBits;
 constexpr int kExponentBias = 127 + kMantissaBits;  // value = mantissa * 2^(exponent - bias)
+constexpr int kNotFinite = 255;                     // exponent field
 constexpr int kLargestShift = 39;                   // 24 bits of mantissa then stay below 2^63
 constexpr uint64_t kMillion = 1000000;
 
-// NaN, infinities and numbers of 2^63 and more: the C library knows them.
-char* formatExtreme(char* out, float value) {
-    char text[kLongestFloatText + 1];
-    const int length = std::snprintf(text, sizeof(text), "%f", static_cast<double>(value));
-    std::memcpy(out, text, static_cast<size_t>(length));
-    return out + length;
+// Numbers of 2^63 and more, which are whole and, as every float, below 2^128.
+char* formatLarge(char* out, uint32_t mantissa, int exponent) {
+    constexpr uint64_t kTenToThe16th = 10000000000000000;
+    const auto formatSixteenDigits = [](char* at, uint64_t value) {
+        at = formatEightDigits(at, static_cast<uint32_t>(value / 100000000));
+        return formatEightDigits(at, static_cast<uint32_t>(value % 100000000));
+    };
+    const unsigned __int128 whole = static_cast<unsigned __int128>(mantissa) << exponent;
+    const unsigned __int128 front = whole / kTenToThe16th;
+    const auto middle = static_cast<uint64_t>(front % kTenToThe16th);
+    const auto first = static_cast<uint64_t>(front / kTenToThe16th);
+    if (first != 0) {
+        out = formatSixteenDigits(formatUnsigned(out, first), middle);
+    } else {
+        out = formatUnsigned(out, middle);
+    }
+    out = formatSixteenDigits(out, static_cast<uint64_t>(whole % kTenToThe16th));
+    return std::copy_n(".000000", 7, out);
 }
 
 char* formatFraction(char* out, uint32_t millionths) {
@@ -32,17 +45,24 @@ char* formatFraction(char* out, uint32_t millionths) {
 }  // namespace
 
 // A float is an integer times a power of two, so the number of millionths in it is an exact
-// quotient of 64-bit integers; the remainder decides the rounding, ties to even.
+// quotient of 64-bit integers; the remainder decides the rounding, ties to even. The C library is
+// not asked: it would write the decimal point of the process's locale.
 char* formatFloat(char* out, float value) {
     uint32_t bits = 0;
     std::memcpy(&bits, &value, sizeof(bits));
     const int exponentField = static_cast<int>((bits >> kMantissaBits) & 0xFF);
-    if (exponentField > kExponentBias + kLargestShift) {
-        return formatExtreme(out, value);
-    }
     const bool isNormal = exponentField != 0;
     const uint64_t mantissa = (bits & kMantissaMask) | (isNormal ? kImplicitBit : 0);
     const int exponent = (isNormal ? exponentField : 1) - kExponentBias;
+    if ((bits >> 31) != 0) {
+        *out++ = '-';
+    }
+    if (exponentField == kNotFinite) {
+        return std::copy_n(mantissa == kImplicitBit ? "inf" : "nan", 3, out);
+    }
+    if (exponent > kLargestShift) {
+        return formatLarge(out, static_cast<uint32_t>(mantissa), exponent);
+    }
 
     uint64_t whole = 0;
     uint64_t millionths = 0;
@@ -59,9 +79,6 @@ char* formatFloat(char* out, float value) {
         millionths = total % kMillion;
     }  // else: less than half a millionth
 
-    if ((bits >> 31) != 0) {
-        *out++ = '-';
-    }
     out = formatUnsigned(out, whole);
     *out++ = '.';
     return formatFraction(out, static_cast<uint32_t>(millionths));

@@ -70,16 +70,32 @@ RecordLine& RecordLine::columns(size_t count, Format format) {
     return *this;
 }
 
+RecordLine& RecordLine::u8() {
+    return columns<uint8_t>(1, kUnsigned);
+}
+
 RecordLine& RecordLine::u8(size_t count) {
     return columns<uint8_t>(count, kUnsigned);
+}
+
+RecordLine& RecordLine::u16() {
+    return columns<uint16_t>(1, kUnsigned);
 }
 
 RecordLine& RecordLine::u16(size_t count) {
     return columns<uint16_t>(count, kUnsigned);
 }
 
+RecordLine& RecordLine::u32() {
+    return columns<uint32_t>(1, kUnsigned);
+}
+
 RecordLine& RecordLine::u32(size_t count) {
     return columns<uint32_t>(count, kUnsigned);
+}
+
+RecordLine& RecordLine::u64() {
+    return columns<uint64_t>(1, kUnsigned);
 }
 
 RecordLine& RecordLine::u64(size_t count) {
@@ -88,6 +104,10 @@ RecordLine& RecordLine::u64(size_t count) {
 
 RecordLine& RecordLine::i16() {
     return columns<int16_t>(1, [](char* out, int16_t value) { return formatSigned(out, value); });
+}
+
+RecordLine& RecordLine::f32() {
+    return columns<float>(1, formatFloat);
 }
 
 RecordLine& RecordLine::f32(size_t count) {

@@ -21,21 +21,26 @@ public:
         return *this;
     }
 
-    RecordLine& u8(size_t count = 1);
-    RecordLine& u16(size_t count = 1);
-    RecordLine& u32(size_t count = 1);
-    RecordLine& u64(size_t count = 1);
+    // One value, or so many: most columns are one, and a loop around it would cost a tenth.
+    RecordLine& u8();
+    RecordLine& u8(size_t count);
+    RecordLine& u16();
+    RecordLine& u16(size_t count);
+    RecordLine& u32();
+    RecordLine& u32(size_t count);
+    RecordLine& u64();
+    RecordLine& u64(size_t count);
     RecordLine& i16();
     // As "%f" prints it.
-    RecordLine& f32(size_t count = 1);
+    RecordLine& f32();
+    RecordLine& f32(size_t count);
     // Up to the next NUL, which the field's width does not bound; the block's end does.
     RecordLine& text(size_t width);
 
-    // The count at `countOffset`, then `columns(*this)` once per element. The count is trusted
-    // even where it exceeds the array: the record is shown as it is.
+    // `columns(*this)` for each element in use, as many as the byte at `countOffset` says. It is
+    // trusted even where it exceeds the array: the record is shown as it is.
     template <typename Columns>
     void elements(size_t countOffset, size_t offset, size_t elementSize, Columns columns) {
-        at(countOffset).u8();
         const size_t count = read<uint8_t>(countOffset);
         for (size_t i = 0; i < count && !mFull; ++i) {
             at(offset + i * elementSize);

@@ -1,42 +1,54 @@
-#include "platform/Log.h"
-#include "records/RecordLine.h"
 #include "records/VDRData1.h"
+#include "records/defineLine.h"
 
 namespace vdr1 {
+namespace {
 
-#define VDR_AT(field) offsetof(VDRData1, field)
-#define VDR_ARRAY(field, count) VDR_AT(count), VDR_AT(field), sizeof(VDRData1::field[0])
+using Record = VDRData1;
 
-// The columns follow the layout without a gap; docs/formats.md names them.
-void VDRData1::makeFrameContent(const void* srcData, void* destData) {
-    const auto feature = [](zk::RecordLine& element) { element.u32().u8().u64(); };
-    const auto algoCost = [](zk::RecordLine& element) {
-        element.text(sizeof(AlgoCostTime::name)).u8();
-    };
+// docs/formats.md names the columns.
+VDR_SHOW(frameNumber, u32());
+VDR_SHOW(cslInfo, u32().u64());
+VDR_SHOW(masterCameraId, u8());
+VDR_SHOW(manualCaptureTag, u8());
+VDR_SHOW(sensorModeIndex, u8());
+VDR_SHOW(zoomRatio, f32());
+VDR_SHOW(sysStatusInfo, u32(3).u16().f32(3).u32(6).u16().u8(2));
+VDR_SHOW(captureType, u8());
+VDR_SHOW(videoAction, u8());
+VDR_SHOW(featureRequestStateInfoCount, u8());
+VDR_SHOW_EACH(featureRequestStateInfo, u32().u8().u64());
+VDR_SHOW(featureMessageTypeInfoCount, u8());
+VDR_SHOW_EACH(featureMessageTypeInfo, u32().u8().u64());
+VDR_SHOW(pluginAlgoCostTimeCount, u8());
+VDR_SHOW_EACH(pluginAlgoCostTime, text(sizeof(AlgoCostTime::name)).u8());
+VDR_SHOW(semantAlgoCostTimeCount, u8());
+VDR_SHOW_EACH(semantAlgoCostTime, text(sizeof(AlgoCostTime::name)).u8());
+VDR_SHOW(nodeInfoCount, u8());
+VDR_SHOW_EACH(nodeInfo, u32(3).u64(4));
+VDR_SHOW(setGmeNcsDep, u64());
+VDR_SHOW(getGmeNcsDepGyro, u64());
+VDR_SHOW(getGmeNcsDepOis, u64());
+VDR_SHOW(getGmeNcsDepAccel, u64());
+VDR_SHOW(getGmeNcsDepMag, u64());
+VDR_SHOW(setEisV2NcsDep, u64());
+VDR_SHOW(getEisV2NcsDepGyro, u64());
+VDR_SHOW(getEisV2NcsDepOis, u64());
+VDR_SHOW(getEisV2NcsDepAccel, u64());
+VDR_SHOW(getEisV2NcsDepMag, u64());
+VDR_SHOW(setEisV3NcsDep, u64());
+VDR_SHOW(getEisV3NcsDepGyro, u64());
+VDR_SHOW(getEisV3NcsDepOis, u64());
+VDR_SHOW(getEisV3NcsDepAccel, u64());
+VDR_SHOW(getEisV3NcsDepMag, u64());
+VDR_SHOW(ae_af_awb_info, u32(2).f32(6).u32().i16().u32(5).i16());
+VDR_SHOW(awbInfo_qawb_cap, f32(9).u32());
+VDR_SHOW(awbInfo_qawb_cap_saCount, u8());
+VDR_SHOW_EACH(awbInfo_qawb_cap_sa, text(sizeof(AwbCapSaInfo::name)).f32());
+VDR_SHOW(memoryAllocTimeoutInfo, text(sizeof(MemoryAllocTimeoutInfo::itemName)).u32().u16().u8());
 
-    zk::RecordLine line(srcData, destData);
-    line.u32().u32().u64().u8().u8().u8().f32();
-    line.u32(3).u16().f32(3).u32(6).u16().u8(2);  // sysStatusInfo
-    line.u8().u8();
-    line.elements(VDR_ARRAY(featureRequestStateInfo, featureRequestStateInfoCount), feature);
-    line.elements(VDR_ARRAY(featureMessageTypeInfo, featureMessageTypeInfoCount), feature);
-    line.elements(VDR_ARRAY(pluginAlgoCostTime, pluginAlgoCostTimeCount), algoCost);
-    line.elements(VDR_ARRAY(semantAlgoCostTime, semantAlgoCostTimeCount), algoCost);
-    line.elements(VDR_ARRAY(nodeInfo, nodeInfoCount),
-                  [](zk::RecordLine& element) { element.u32(3).u64(4); });
-    line.at(VDR_AT(setGmeNcsDep)).u64(15);
-    line.u32(2).f32(6).u32().i16().u32(5).i16();  // ae_af_awb_info
-    line.f32(9).u32();                            // awbInfo_qawb_cap
-    line.elements(VDR_ARRAY(awbInfo_qawb_cap_sa, awbInfo_qawb_cap_saCount),
-                  [](zk::RecordLine& element) { element.text(sizeof(AwbCapSaInfo::name)).f32(); });
-    line.at(VDR_AT(memoryAllocTimeoutInfo))
-            .text(sizeof(MemoryAllocTimeoutInfo::itemName))
-            .u32()
-            .u16()
-            .u8();
-    if (!line.finish()) {
-        VDR_LOGE("VDR::snprintf_s func got error!");
-    }
-}
+}  // namespace
+
+VDR_DEFINE_LINE(VDR1_FIELDS)
 
 }  // namespace vdr1

@@ -1,8 +1,7 @@
 #include "records/makeFrameContent.h"
 
 #include "platform/Log.h"
-#include "records/VDRData1.h"
-#include "records/VDRData2.h"
+#include "records/RecordLevel.h"
 
 namespace zk {
 
@@ -11,17 +10,12 @@ void makeFrameContent(int32_t vdrLevel, const void* srcData, void* destData) {
         VDR_LOGE("VDR::makeFrameContent,  srcData/destData is nullptr!");
         return;
     }
-    switch (vdrLevel) {
-        case 1:
-            vdr1::VDRData1::makeFrameContent(srcData, destData);
-            break;
-        case 2:
-            vdr2::VDRData2::makeFrameContent(srcData, destData);
-            break;
-        default:
-            VDR_LOGI("VDR::makeFrameContent, VDR level not match any!");
-            break;
+    const RecordLevel* const level = RecordLevel::find(vdrLevel);
+    if (level == nullptr) {
+        VDR_LOGI("VDR::makeFrameContent, VDR level not match any!");
+        return;
     }
+    level->makeFrameContent(srcData, destData);
 }
 
 }  // namespace zk

@@ -1,13 +1,16 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+
+#include "base/memberAt.h"
+#include "records/VDRData1Layout.h"
+#include "records/VDRData2Layout.h"
 
 namespace zk {
 
 // Snapshot of the device's state, exchanged byte for byte with the camera pipeline; numbers are
-// little-endian. The first 54 bytes are the frame record's `sysStatusInfo` field (tag 6). Most
-// fields are unaligned: copy their bytes, take no reference.
+// little-endian. The first 54 bytes are the frame record's `sysStatusInfo` field. Most fields
+// are unaligned: copy their bytes, take no reference.
 struct __attribute__((packed)) SysStatusCollection {
     int32_t cpu0Freq;   // kHz
     int32_t cpu4Freq;   // kHz
@@ -36,35 +39,54 @@ struct __attribute__((packed)) SysStatusCollection {
     uint8_t usbOnline;  // 1 while a charger or cable is present
 };
 
-#define VDR_FIELD_AT(field, at) \
-    static_assert(offsetof(SysStatusCollection, field) == (at), "callers read " #field " there")
-VDR_FIELD_AT(cpu0Freq, 0);
-VDR_FIELD_AT(cpu4Freq, 4);
-VDR_FIELD_AT(cpu7Freq, 8);
-VDR_FIELD_AT(cpuUsage, 12);
-VDR_FIELD_AT(loadAvg1, 14);
-VDR_FIELD_AT(loadAvg5, 18);
-VDR_FIELD_AT(loadAvg15, 22);
-VDR_FIELD_AT(shellFrontTemp, 26);
-VDR_FIELD_AT(shellBackTemp, 30);
-VDR_FIELD_AT(shellFrameTemp, 34);
-VDR_FIELD_AT(memFree, 38);
-VDR_FIELD_AT(memAvailable, 42);
-VDR_FIELD_AT(usedMem, 46);
-VDR_FIELD_AT(sceneMode, 50);
-VDR_FIELD_AT(thermalLevel, 52);
-VDR_FIELD_AT(thermalEscapeState, 53);
-VDR_FIELD_AT(videoRecordSeconds, 54);
-VDR_FIELD_AT(snapshotCount, 58);
-VDR_FIELD_AT(gpuFreq, 60);
-VDR_FIELD_AT(gpuBusy, 64);
-VDR_FIELD_AT(ambientTemp, 66);
-VDR_FIELD_AT(foldState, 70);
-VDR_FIELD_AT(panel1Brightness, 71);
-VDR_FIELD_AT(panel0Brightness, 75);
-VDR_FIELD_AT(usbOnline, 79);
-#undef VDR_FIELD_AT
-
+VDR_MEMBER_AT(SysStatusCollection, cpu0Freq, 0, 4);
+VDR_MEMBER_AT(SysStatusCollection, cpu4Freq, 4, 4);
+VDR_MEMBER_AT(SysStatusCollection, cpu7Freq, 8, 4);
+VDR_MEMBER_AT(SysStatusCollection, cpuUsage, 12, 2);
+VDR_MEMBER_AT(SysStatusCollection, loadAvg1, 14, 4);
+VDR_MEMBER_AT(SysStatusCollection, loadAvg5, 18, 4);
+VDR_MEMBER_AT(SysStatusCollection, loadAvg15, 22, 4);
+VDR_MEMBER_AT(SysStatusCollection, shellFrontTemp, 26, 4);
+VDR_MEMBER_AT(SysStatusCollection, shellBackTemp, 30, 4);
+VDR_MEMBER_AT(SysStatusCollection, shellFrameTemp, 34, 4);
+VDR_MEMBER_AT(SysStatusCollection, memFree, 38, 4);
+VDR_MEMBER_AT(SysStatusCollection, memAvailable, 42, 4);
+VDR_MEMBER_AT(SysStatusCollection, usedMem, 46, 4);
+VDR_MEMBER_AT(SysStatusCollection, sceneMode, 50, 2);
+VDR_MEMBER_AT(SysStatusCollection, thermalLevel, 52, 1);
+VDR_MEMBER_AT(SysStatusCollection, thermalEscapeState, 53, 1);
+VDR_MEMBER_AT(SysStatusCollection, videoRecordSeconds, 54, 4);
+VDR_MEMBER_AT(SysStatusCollection, snapshotCount, 58, 2);
+VDR_MEMBER_AT(SysStatusCollection, gpuFreq, 60, 4);
+VDR_MEMBER_AT(SysStatusCollection, gpuBusy, 64, 2);
+VDR_MEMBER_AT(SysStatusCollection, ambientTemp, 66, 4);
+VDR_MEMBER_AT(SysStatusCollection, foldState, 70, 1);
+VDR_MEMBER_AT(SysStatusCollection, panel1Brightness, 71, 4);
+VDR_MEMBER_AT(SysStatusCollection, panel0Brightness, 75, 4);
+VDR_MEMBER_AT(SysStatusCollection, usbOnline, 79, 1);
 static_assert(sizeof(SysStatusCollection) == 80);
+
+#define VDR_SAME_MEMBER(member)                                         \
+    VDR_MEMBER_AS_IN(SysStatusCollection, vdr1::SysStatusInfo, member); \
+    VDR_MEMBER_AS_IN(SysStatusCollection, vdr2::SysStatusInfo, member)
+VDR_SAME_MEMBER(cpu0Freq);
+VDR_SAME_MEMBER(cpu4Freq);
+VDR_SAME_MEMBER(cpu7Freq);
+VDR_SAME_MEMBER(cpuUsage);
+VDR_SAME_MEMBER(loadAvg1);
+VDR_SAME_MEMBER(loadAvg5);
+VDR_SAME_MEMBER(loadAvg15);
+VDR_SAME_MEMBER(shellFrontTemp);
+VDR_SAME_MEMBER(shellBackTemp);
+VDR_SAME_MEMBER(shellFrameTemp);
+VDR_SAME_MEMBER(memFree);
+VDR_SAME_MEMBER(memAvailable);
+VDR_SAME_MEMBER(usedMem);
+VDR_SAME_MEMBER(sceneMode);
+VDR_SAME_MEMBER(thermalLevel);
+VDR_SAME_MEMBER(thermalEscapeState);
+#undef VDR_SAME_MEMBER
+static_assert(offsetof(SysStatusCollection, videoRecordSeconds) == sizeof(vdr1::SysStatusInfo) &&
+              offsetof(SysStatusCollection, videoRecordSeconds) == sizeof(vdr2::SysStatusInfo));
 
 }  // namespace zk

@@ -1,7 +1,9 @@
 #include "sysstatus/SystemStatus.h"
 
-#include <thread>
-#include <utility>
+#include <locale.h>
+#include <pthread.h>
+
+#include <csignal>
 
 #include "platform/BoundedMemory.h"
 #include "platform/Clock.h"
@@ -12,92 +14,113 @@ namespace zk {
 namespace {
 
 constexpr uint32_t kPeriodMicroseconds = 1000000;
+constexpr char kThreadName[] = "VDRSampler";  // as tools list the process's threads
 
 }  // namespace
 
-SystemStatus::~SystemStatus() {
-    mSysStatusInited = false;
-}
-
 void SystemStatus::SystemStatusInit(int32_t sceneMode) {
-    uint64_t launch = 0;
-    {
-        const SpinLockGuard taskGuard(mSysStatusTaskLock);
-        if (mSysStatusInited) {
-            return;
-        }
-        {
-            const SpinLockGuard guard(mSysStatusLock);
-            memset_s(&mSysStatusCollection, sizeof(mSysStatusCollection), 0,
-                     sizeof(mSysStatusCollection));
-            mSysStatusCollection.sceneMode = static_cast<uint16_t>(sceneMode);
-        }
-        mVideoStartTime.store(0, std::memory_order_relaxed);
-        mSysStatusInited = true;
-        const bool isThrownOut = mLauncher == std::this_thread::get_id();
-        if (mThreadStatus && !isThrownOut) {
-            VDR_LOGD(
-                    "VDR::systemStatusInit, async task still alive, do not create task, "
-                    "mThreadStatus=%u!",
-                    mThreadStatus);
-            return;
-        }
-        VDR_LOGD("VDR::systemStatusInit, start async task, mSysStatusInited=%u, mThreadStatus=%u!",
-                 mSysStatusInited.load(), mThreadStatus && !isThrownOut);
-        mThreadStatus = true;
-        mLauncher = std::this_thread::get_id();
-        launch = ++mLaunches;
+    if (mShared->mSysStatusInited.exchange(true)) {
+        return;
     }
-    // No lock is held while launching, since the launcher's error would leave it locked.
-    std::shared_future<void> task =
-            std::async(std::launch::async, [this] { SystemStatusProcess(); }).share();
     {
-        const SpinLockGuard taskGuard(mSysStatusTaskLock);
-        mLauncher = {};
-        if (launch > mStoredLaunch) {
-            mStoredLaunch = launch;
-            std::swap(task, mSysStatusTask);
-        }
+        const SpinLockGuard guard(mShared->mSysStatusLock);
+        SysStatusCollection& snapshot = mShared->mSysStatusCollection;
+        memset_s(&snapshot, sizeof(snapshot), 0, sizeof(snapshot));
+        snapshot.sceneMode = static_cast<uint16_t>(sceneMode);
     }
-    // What `task` holds now has left its loop and only closes its files; letting go waits for it.
+    mVideoStartTime.store(0, std::memory_order_relaxed);
+    bool isAlive = false;
+    {
+        const SpinLockGuard guard(mShared->mSysStatusTaskLock);
+        isAlive = mShared->mThreadStatus;
+        mShared->mThreadStatus = true;
+    }
+    if (isAlive) {
+        VDR_LOGD(
+                "VDR::systemStatusInit, async task still alive, do not create task, "
+                "mThreadStatus=%u!",
+                isAlive);
+        return;
+    }
+    VDR_LOGD("VDR::systemStatusInit, start async task, mSysStatusInited=%u, mThreadStatus=%u!",
+             mShared->mSysStatusInited.load(), isAlive);
+    if (const int error = startThread(); error != 0) {
+        VDR_LOGE("VDR::systemStatusInit, no thread, ret=%d!", error);
+    }
 }
 
-bool SystemStatus::staysAlive() {
-    const SpinLockGuard guard(mSysStatusTaskLock);
-    if (!mSysStatusInited) {
-        mThreadStatus = false;
+int SystemStatus::startThread() {
+    auto* share = new std::shared_ptr<Shared>(mShared);
+    sigset_t all;
+    sigset_t usual;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &usual);  // the new thread inherits it
+    pthread_t thread{};
+    const int error = pthread_create(&thread, nullptr, runSampler, share);
+    pthread_sigmask(SIG_SETMASK, &usual, nullptr);
+    if (error != 0) {
+        delete share;
+        const SpinLockGuard guard(mShared->mSysStatusTaskLock);
+        mShared->mThreadStatus = false;
+        mShared->mSysStatusInited = false;
+        return error;
     }
-    return mThreadStatus;
+    pthread_setname_np(thread, kThreadName);
+    pthread_detach(thread);
+    return 0;
 }
 
-void SystemStatus::SystemStatusProcess() {
-    const SpinLockGuard samplerGuard(mSamplerLock);
+void* SystemStatus::runSampler(void* shared) {
+    const std::unique_ptr<std::shared_ptr<Shared>> share(
+            static_cast<std::shared_ptr<Shared>*>(shared));
+    // The kernel writes numbers in no language of the process.
+    const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+    uselocale(plain);
+    do {
+        SystemStatusProcess(**share);
+    } while (!staysIdle(**share));
+    if (plain != nullptr) {
+        uselocale(LC_GLOBAL_LOCALE);
+        freelocale(plain);
+    }
+    return nullptr;
+}
+
+void SystemStatus::SystemStatusProcess(Shared& shared) {
     SystemStatusReader reader;
-    while (staysAlive()) {
+    while (shared.mSysStatusInited) {
         reader.read();
         {
-            const SpinLockGuard guard(mSysStatusLock);
-            reader.publish(mSysStatusCollection);
+            const SpinLockGuard guard(shared.mSysStatusLock);
+            reader.publish(shared.mSysStatusCollection);
         }
         platform::sleepMicroseconds(kPeriodMicroseconds);
     }
     reader.close();
     VDR_LOGD("VDR::systemStatusProcess, quit async task, mSysStatusInited=%u!",
-             mSysStatusInited.load());
+             shared.mSysStatusInited.load());
+}
+
+// Whoever wanted the sampler since the run's last look has found the thread alive and made none.
+bool SystemStatus::staysIdle(Shared& shared) {
+    const SpinLockGuard guard(shared.mSysStatusTaskLock);
+    shared.mThreadStatus = shared.mSysStatusInited;
+    return !shared.mThreadStatus;
 }
 
 void SystemStatus::SystemStatusUnInit() {
-    if (mSysStatusInited.exchange(false)) {
+    if (mShared->mSysStatusInited.exchange(false)) {
         VDR_LOGD("VDR::SystemStatusUnInit, prepare to quit thread task, mSysStatusInited=%u!",
-                 mSysStatusInited.load());
+                 mShared->mSysStatusInited.load());
     }
 }
 
 void SystemStatus::GetSystemStatus(SysStatusCollection& out) {
     int error = 0;
     {
-        const SpinLockGuard guard(mSysStatusLock);
-        error = memcpy_s(&out, sizeof(out), &mSysStatusCollection, sizeof(mSysStatusCollection));
+        const SpinLockGuard guard(mShared->mSysStatusLock);
+        const SysStatusCollection& snapshot = mShared->mSysStatusCollection;
+        error = memcpy_s(&out, sizeof(out), &snapshot, sizeof(snapshot));
     }
     if (error != 0) {
         VDR_LOGE("VDR::getCollectData, memcpy_s fail!");
@@ -105,15 +128,15 @@ void SystemStatus::GetSystemStatus(SysStatusCollection& out) {
 }
 
 void SystemStatus::SnapshotCountAddOne() {
-    const SpinLockGuard guard(mSysStatusLock);
-    mSysStatusCollection.snapshotCount =
-            static_cast<uint16_t>(mSysStatusCollection.snapshotCount + 1);
+    const SpinLockGuard guard(mShared->mSysStatusLock);
+    SysStatusCollection& snapshot = mShared->mSysStatusCollection;
+    snapshot.snapshotCount = static_cast<uint16_t>(snapshot.snapshotCount + 1);
 }
 
 void SystemStatus::endVideo(int64_t now) {
     const int64_t start = mVideoStartTime.load(std::memory_order_relaxed);
-    const SpinLockGuard guard(mSysStatusLock);
-    mSysStatusCollection.videoRecordSeconds +=
+    const SpinLockGuard guard(mShared->mSysStatusLock);
+    mShared->mSysStatusCollection.videoRecordSeconds +=
             static_cast<uint32_t>(now) - static_cast<uint32_t>(start);
 }
 

@@ -2,33 +2,35 @@
 
 #include <atomic>
 #include <cstdint>
-#include <future>
-#include <thread>
+#include <memory>
 
 #include "base/SpinLock.h"
 #include "sysstatus/SysStatusCollection.h"
 
 namespace zk {
 
-// The snapshot of the device's state and the sampler that renews it once a second, as a task on a
-// thread of its own. Any thread; nothing but copies and additions happens under the snapshot's
-// lock.
+// The snapshot of the device's state and the sampler that renews it once a second, on a thread of
+// its own with all signals masked: one at most. Any thread; nothing but copies and additions
+// happens under a lock, and nobody waits for the sampler, which ends within about a second.
 //
-//   idle ──Init──> running ──UnInit──> stopping ──(next look at the flag)──> idle
-//                     ^───────Init────────┘  the old task goes on with a cleared snapshot
+//   idle ──Init──> running ──UnInit──> stopping ──(looks, and closes its files)──> idle
+//     ^              │  ^───────Init───────┘  the thread goes on with a cleared snapshot
+//     └─(no thread)──┘
 class SystemStatus {
 public:
     SystemStatus() = default;
-    // Stops the sampler and waits for it, about a second at most.
-    ~SystemStatus();
+    ~SystemStatus() { tellToStop(); }
     SystemStatus(const SystemStatus&) = delete;
     SystemStatus& operator=(const SystemStatus&) = delete;
 
     // Clears the snapshot and starts the sampler, unless it is meant to run already. Where no
-    // thread can be made the launcher's error escapes.
+    // thread can be made it says so, and the next call tries again.
     void SystemStatusInit(int32_t sceneMode);
-    // Tells the sampler to stop and does not wait.
+    // Tells the sampler to stop, and says so where it was meant to run.
     void SystemStatusUnInit();
+    // Likewise without a word, for the end of the process.
+    void tellToStop() { mShared->mSysStatusInited = false; }
+
     void GetSystemStatus(SysStatusCollection& out);
 
     void SnapshotCountAddOne();
@@ -37,31 +39,29 @@ public:
     void endVideo(int64_t now);
 
 private:
-    // The body of the task.
-    void SystemStatusProcess();
-    // Whether the task goes on. Deciding to leave and saying so are one step for
-    // SystemStatusInit: it finds a task that will see the flag, or one that has left.
-    bool staysAlive();
+    // What the sampler's thread uses too, and keeps for as long as it runs.
+    struct Shared {
+        std::atomic<bool> mSysStatusInited{false};  // the sampler is meant to run
 
-    std::atomic<bool> mSysStatusInited{false};  // the sampler is meant to run
-    std::atomic<int64_t> mVideoStartTime{0};    // wall-clock seconds
+        SpinLock mSysStatusLock;
+        SysStatusCollection mSysStatusCollection VDR_GUARDED_BY(mSysStatusLock){};
 
-    SpinLock mSysStatusLock;
-    SysStatusCollection mSysStatusCollection VDR_GUARDED_BY(mSysStatusLock){};
+        SpinLock mSysStatusTaskLock;
+        // A thread runs or is being made. Whoever sets it makes the thread; the thread clears it
+        // as its last step, unless it is meant to run again by then.
+        bool mThreadStatus VDR_GUARDED_BY(mSysStatusTaskLock) = false;
+    };
 
-    SpinLock mSamplerLock;  // held by a task for its whole run: one at a time
+    // 0, or the error number for which there is no thread.
+    int startThread();
+    // The thread's body, from taking over its share of `Shared` to the end.
+    static void* runSampler(void* shared);
+    // One run, with files of its own.
+    static void SystemStatusProcess(Shared& shared);
+    static bool staysIdle(Shared& shared);
 
-    SpinLock mSysStatusTaskLock;
-    // A task runs or is being started, and has not decided to leave.
-    bool mThreadStatus VDR_GUARDED_BY(mSysStatusTaskLock) = false;
-    // The last thread to enter the launcher, until it has left it. One that comes back without
-    // having left was thrown out by the launcher's error: there is no task then.
-    std::thread::id mLauncher VDR_GUARDED_BY(mSysStatusTaskLock);
-    // Launches are counted, so that a slow launcher does not store an older task over a newer.
-    uint64_t mLaunches VDR_GUARDED_BY(mSysStatusTaskLock) = 0;
-    uint64_t mStoredLaunch VDR_GUARDED_BY(mSysStatusTaskLock) = 0;
-    // Last, so that it is gone before what the task uses: releasing it waits for the task.
-    std::shared_future<void> mSysStatusTask VDR_GUARDED_BY(mSysStatusTaskLock);
+    std::atomic<int64_t> mVideoStartTime{0};  // wall-clock seconds
+    const std::shared_ptr<Shared> mShared = std::make_shared<Shared>();
 };
 
 }  // namespace zk

@@ -3,12 +3,14 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <locale>
 #include <numeric>
 #include <sstream>
 #include <string>
 
 #include "platform/BoundedMemory.h"
 #include "platform/Files.h"
+#include "platform/thermalStateWord.h"
 
 namespace zk {
 namespace {
@@ -51,25 +53,19 @@ SystemStatusReader::SystemStatusReader() {
             "/sys/class/kgsl/kgsl-3d0/gpu_busy_percentage",
     };
     for (size_t i = 0; i < kFiles; ++i) {
-        mFiles[i] = platform::openFile(paths[i], "r");
+        mFiles[i] = platform::openFile(paths[i]);
     }
     mThermalObserver = CameraHalThermal::ThermalService::GetInstance()->GetThermalEscapeObserver(
             "thermalLevel");
-    mCaptureCounter.Init();
 }
 
 void SystemStatusReader::close() {
-    for (size_t i = 0; i < kFiles; ++i) {
-        closeFile(static_cast<File>(i));
+    for (std::FILE* file : mFiles) {
+        if (file != nullptr) {
+            platform::closeFile(file);
+        }
     }
-    mCaptureCounter.UnInit();
-}
-
-void SystemStatusReader::closeFile(File file) {
-    if (mFiles[file] != nullptr) {
-        platform::closeFile(mFiles[file]);
-        mFiles[file] = nullptr;
-    }
+    mCaptureCounter.close();
 }
 
 void SystemStatusReader::read() {
@@ -84,8 +80,9 @@ void SystemStatusReader::read() {
 }
 
 // Reads a file's line and hands it to `scan`, which returns what sscanf_s does: 0 for text that
-// is no number, less for a blank line, which counts as read. A file that once gives no line or no
-// number is read no more: its values stay for the rest of the run.
+// is no number, less for a blank line, which counts as read. A file that gives no line or no number
+// is not rewound and its values stay: text is followed by the file's next line in the next cycle,
+// its end by nothing any more, a failed read by another try.
 template <typename Scan>
 void SystemStatusReader::readLine(File file, Scan scan) {
     char line[kLineSize];
@@ -94,8 +91,6 @@ void SystemStatusReader::readLine(File file, Scan scan) {
     }
     if (std::fgets(line, sizeof(line), mFiles[file]) != nullptr && scan(line) != 0) {
         rewindFile(mFiles[file]);
-    } else {
-        closeFile(file);
     }
 }
 
@@ -128,14 +123,14 @@ void SystemStatusReader::readMemory() {
             break;
         }
     }
-    mUsedMem = mCaptureCounter.CountUsedMem();
+    mUsedMem = mCaptureCounter.usedMemory();
 }
 
 void SystemStatusReader::readThermal() {
     if (mThermalObserver == nullptr) {
         return;
     }
-    const uint32_t word = mThermalObserver->stateWord();
+    const uint32_t word = platform::thermalStateWord(*mThermalObserver);
     mThermalLevel = (word >> kThermalLevelShift) & kThermalLevelMask;
     mThermalEscapeState = (word >> kThermalEscapeShift) & kThermalEscapeMask;
 }
@@ -167,6 +162,7 @@ void SystemStatusReader::readProcessTimes() {
     std::array<long, 5> ids{};              // parent, group, session, terminal, its group
     std::array<unsigned long, 5> faults{};  // flags, minor and major faults
     std::istringstream fields(line);
+    fields.imbue(std::locale::classic());
     fields >> processId >> command >> state;
     for (long& id : ids) {
         fields >> id;

@@ -1,11 +1,14 @@
 #include <atomic>
+#include <chrono>
 #include <functional>
+#include <future>
 #include <set>
 #include <shared_mutex>
 #include <thread>
 
 #include "platform/CameraMemoryItemInfo.h"
 #include "platform/host/ClockControl.h"
+#include "platform/host/FileControl.h"
 #include "platform/host/MonitoringService.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 #include "sysstatus/SysStatusCollection.h"
@@ -42,7 +45,7 @@ protected:
             recorder().markUnWritable(number);
         }
         recorder().CacheDataForLivePhoto(number);
-        recorder().WriteMaintainForLivePhoto(number, 0, &number);
+        recorder().WriteMaintainForLivePhoto(number, tag::frameNumber, &number);
         recorder().DoneDataForLivePhoto(number);
         recorder().VDRDone(number);
         recorder().VDRReport(number);
@@ -68,7 +71,7 @@ protected:
 };
 
 TEST_F(ConcurrentUseTest, AllOperationsAtOnce_LeaveEveryRecordWholeAndLoseNoBlock) {
-    constexpr uint32_t kPipelines = 3;
+    constexpr uint32_t kPipelines = 4;
     switchRecordingOn();
     openSession();
     std::atomic<uint32_t> pipelinesLeft{kPipelines};
@@ -133,32 +136,45 @@ TEST_F(ConcurrentUseTest, RecordingStartedAndEndedByAllThreadsAtOnce_StartsAndEn
     EXPECT_EQ(host::MonitoringService::instance().sentEvents().size(), kRounds);
 }
 
-TEST_F(ConcurrentUseTest, ReportsThatRunIntoTheClose_LoseAndRepeatNoRecord) {
-    constexpr uint32_t kFrames = 60;
+// While the disk keeps one report waiting, nobody else waits for it: neither those who fill and
+// complete frames nor who opens a session.
+TEST_F(ConcurrentUseTest, SlowDisk_KeepsOnlyFurtherReportsWaiting) {
     switchRecordingOn();
     openSession();
-    for (uint32_t round = 1; round <= 30; ++round) {
-        for (uint32_t number = 1; number <= kFrames; ++number) {
-            frame(number).done();
+    frame(1).done();
+    frame(2).done();
+    std::promise<void> atDisk;
+    std::promise<void> diskIsDone;
+    std::atomic<bool> isWaiting{false};
+    host::setFileCallHandler([&, isFirst = std::make_shared<std::atomic<bool>>(true)](auto call) {
+        if (call == host::FileCall::kWrite && isFirst->exchange(false)) {
+            isWaiting = true;
+            atDisk.set_value();
+            diskIsDone.get_future().wait_for(std::chrono::seconds(10));
+            isWaiting = false;
         }
-        std::atomic<uint32_t> reported{0};
-        runTogether(2, [&](uint32_t thread) {
-            if (thread == 0) {
-                for (; reported < kFrames; ++reported) {
-                    recorder().VDRReport(0);
-                }
-            } else {
-                while (reported < 2 * round) {  // somewhere in the middle, elsewhere each round
-                }
-                closeSession();
-            }
-        });
-        closeSession();  // appends what a late report has staged
-        const size_t records = files(kBinFolder).begin()->second.size() / kFrameRecordSize;
-        EXPECT_GE(records, 2 * round);  // what the close found unreported is gone
-        EXPECT_EQ(dumps(kBinFolder), "221320: 1-" + std::to_string(records));
-        removeDumps();
+    });
+    const auto reportTwo = [this](uint32_t /*thread*/) {
+        recorder().VDRReport(0);
+        recorder().VDRReport(0);
+    };
+    std::thread first(reportTwo, 0);
+    atDisk.get_future().wait();
+    for (uint32_t number = 3; number <= kBlocks; ++number) {
+        frame(number).stamp().done();
     }
+    recorder().CacheDataForLivePhoto(kBlocks);
+    EXPECT_EQ(doneCount(), kBlocks - 2);
+    EXPECT_EQ(frameNumberOf(oldestDone().data()), 3U);
+    openSession();
+    EXPECT_TRUE(isWaiting) << "somebody has waited for the disk";
+    std::thread second(reportTwo, 1);
+    diskIsDone.set_value();
+    first.join();
+    second.join();
+    closeSession();
+    host::setFileCallHandler(nullptr);
+    EXPECT_EQ(dumps(kBinFolder), "221320: 1-4");
 }
 
 }  // namespace

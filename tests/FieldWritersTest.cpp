@@ -1,41 +1,50 @@
-#include <array>
+#include <cstddef>
 #include <cstring>
-#include <map>
+#include <sstream>
 
+#include "records/VDRData1.h"
+#include "records/VDRData2.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
 namespace {
 
-// By tag, in bytes; of one element for a list. The fields lie in the record one behind the other.
-constexpr std::array<size_t, 39> kSizes = {4, 12, 1, 1, 1, 4,  54, 1, 1,  1,  13, 1,  13,
-                                           1, 7,  1, 7, 1, 44, 8,  8, 8,  8,  8,  8,  8,
-                                           8, 8,  8, 8, 8, 8,  8,  8, 60, 40, 1,  19, 47};
-// By tag; a list's count is the field before it.
-const std::map<size_t, size_t> kMaxElements = {{10, 15}, {12, 15}, {14, 30},
-                                               {16, 30}, {18, 60}, {37, 10}};
+// By tag. Sizes in bytes, of one element for a list; a list's count is the byte before it.
+struct Field {
+    const char* name;
+    size_t offset;
+    size_t size;
+    size_t capacity;
+};
+#define VDR_SCALAR(field) \
+    {#field, offsetof(vdr1::VDRData1, field), sizeof(vdr1::VDRData1::field), 1},
+#define VDR_ARRAY(field, count)                                                 \
+    {#field, offsetof(vdr1::VDRData1, field), sizeof(vdr1::VDRData1::field[0]), \
+     sizeof(vdr1::VDRData1::field) / sizeof(vdr1::VDRData1::field[0])},
+constexpr Field kFields[] = {VDR1_FIELDS(VDR_SCALAR, VDR_ARRAY)};
 
 class FieldWritersTest : public RecorderTest, public testing::WithParamInterface<int> {
 protected:
-    // Writes the tag's field at its offset, for a list the element behind `count` others where
-    // there is room, and compares the whole record.
-    void expectWritten(uint32_t tag, size_t offset, size_t capacity, size_t count) {
-        std::vector<uint8_t> source(kSizes[tag]);  // ends where its memory does
-        for (size_t i = 0; i < source.size(); ++i) {
+    // Writes the tag's field, for a list the element behind `count` others where there is room,
+    // and compares the whole record.
+    void expectWritten(uint32_t tagId, size_t count) {
+        const auto& [name, offset, size, capacity] = kFields[tagId];
+        std::vector<uint8_t> source(size);  // ends where its memory does
+        for (size_t i = 0; i < size; ++i) {
             source[i] = static_cast<uint8_t>(i + 101);
         }
         recorder().VDRProcessing(7);
         std::vector<uint8_t> expected(kFrameRecordSize, 0);
         if (capacity > 1) {
-            recorder().writeMaintain(7, tag - 1, &count);
+            recorder().writeMaintain(7, tagId - 1, &count);
             expected[offset - 1] = static_cast<uint8_t>(count + (count < capacity ? 1 : 0));
         }
         if (count < capacity) {
-            std::memcpy(&expected[offset + count * source.size()], source.data(), source.size());
+            std::memcpy(&expected[offset + count * size], source.data(), size);
         }
-        recorder().writeMaintain(7, tag, source.data());
+        recorder().writeMaintain(7, tagId, source.data());
         recorder().VDRDone(7);
-        EXPECT_EQ(oldestDone(), expected) << "tag " << tag << ", count " << count;
+        EXPECT_EQ(oldestDone(), expected) << name << ", count " << count;
         recorder().VDRReport(7);
     }
 };
@@ -43,23 +52,35 @@ protected:
 TEST_P(FieldWritersTest, Tag_ReachesItsFieldAndNothingElseChanges) {
     useLevel(GetParam());
     openSession(-1);
-    size_t offset = 0;
-    for (uint32_t tag = 0; tag < kSizes.size(); ++tag) {
-        const auto list = kMaxElements.find(tag);
-        const size_t capacity = list != kMaxElements.end() ? list->second : 1;
-        expectWritten(tag, offset, capacity, 0);
+    for (uint32_t tagId = 0; tagId < tag::kCount; ++tagId) {
+        const size_t capacity = kFields[tagId].capacity;
+        expectWritten(tagId, 0);
         if (capacity > 1) {
             for (const size_t count : {size_t{1}, capacity - 1, capacity, size_t{255}}) {
-                expectWritten(tag, offset, capacity, count);
+                expectWritten(tagId, count);
             }
         }
-        offset += kSizes[tag] * capacity;
     }
-    const uint32_t tags[] = {37, 38};
+    const uint32_t tags[] = {tag::awbInfo_qawb_cap_sa, tag::memoryAllocTimeoutInfo};
     const void* const nulls[] = {nullptr, nullptr};
     recorder().VDRProcessing(7);
     recorder().writeMaintains(7, tags, nulls, 2);
     EXPECT_EQ(countLogged("VDR::maintainData == nullptr || data == nullptr!"), 2U);
+}
+
+// Both levels write the same bytes today; the address tells whose writers are bound.
+TEST_P(FieldWritersTest, Level_HasItsOwnWriters) {
+    const bool isFirst = GetParam() == 1;
+    const Name2FuncMap* const writers =
+            isFirst ? vdr1::VDRData1::getName2FuncMap() : vdr2::VDRData2::getName2FuncMap();
+    useLevel(GetParam());
+    openSession(-1);
+    std::ostringstream bound;
+    bound << "getName2FuncMap()=" << static_cast<const void*>(writers);
+    EXPECT_EQ(countLogged(bound.str()), 1U);
+    EXPECT_EQ(writers->size(), tag::kCount);
+    EXPECT_EQ(writers->at("zoomRatio"),
+              isFirst ? vdr1::VDRData1::write_zoomRatio : vdr2::VDRData2::write_zoomRatio);
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, FieldWritersTest, testing::Values(1, 2));

@@ -1,7 +1,14 @@
 #include <algorithm>
+#include <clocale>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <random>
+#include <string>
+#include <utility>
 
+#include "records/VDRData1.h"
 #include "records/makeFrameContent.h"
 #include "tests/RecorderTest.h"
 #include "tests/ReferenceLine.h"
@@ -14,7 +21,7 @@ namespace {
 using Record = std::vector<uint8_t>;
 using Destination = std::vector<char>;
 
-constexpr size_t kFirstStampAt = 3534;
+constexpr size_t kFirstStampAt = offsetof(vdr1::VDRData1, setGmeNcsDep);
 constexpr size_t kCountsAt[] = {79, 275, 471, 682, 893, 3754};
 
 // `length` characters, then a NUL and bytes that must not be taken for text.
@@ -43,6 +50,21 @@ Record randomRecord(std::mt19937& random, uint32_t percentSet) {
 
 class FrameContentTest : public RecorderTest {
 protected:
+    ~FrameContentTest() override { std::setlocale(LC_ALL, "C"); }
+
+    // Makes a locale that writes numbers as the named one and changes to it. Few machines have
+    // others than C compiled.
+    void useNumbersOf(const std::string& name) const {
+        layFile("/locales/" + name + ".txt", "LC_NUMERIC\ncopy \"" + name + "\"\nEND LC_NUMERIC\n");
+        const std::string path = onHost("/locales/" + name);
+        // Not even the warnings that it has no other categories.
+        const std::string command =
+                "localedef -c -f UTF-8 -i " + path + ".txt " + path + " 2>/dev/null";
+        EXPECT_NE(std::system(command.c_str()), -1);
+        setenv("LOCPATH", onHost("/locales").c_str(), 1);
+        std::setlocale(LC_ALL, name.c_str());
+    }
+
     // Renders behind what `destination` holds, at both levels, and compares every byte and the
     // log with the reference. Returns whether the line fits.
     static bool rendersAsFormatted(const Record& record, const Destination& destination) {
@@ -77,6 +99,30 @@ TEST_F(FrameContentTest, ArbitraryRecords_AreCutAtTheEndOfTheBuffer_WhereverThat
             const size_t longest = kFrameRecordSize - 1 - std::strlen(line.data());
             EXPECT_TRUE(rendersAsFormatted(record, textOf(longest)));
             EXPECT_FALSE(rendersAsFormatted(record, textOf(longest + 1)));
+        }
+    }
+}
+
+// In one with a comma for the decimal point a line would have columns too many; in one with a
+// character of two bytes it would be longer than the room that is kept.
+TEST_F(FrameContentTest, Line_IsTheSameInEveryLocale) {
+    std::mt19937 random(20231114);
+    std::vector<Record> records;
+    std::vector<Destination> expected;
+    for (uint32_t i = 0; i < 50; ++i) {
+        records.push_back(randomRecord(random, 100));  // of floats, every fourth is a large one
+        expected.push_back(textOf(0));
+        ReferenceLine::render(records.back().data(), expected.back().data());
+    }
+    for (const auto& [name, half] : {std::pair("de_DE", "0,5"), {"ps_AF", "0\u066B5"}}) {
+        useNumbersOf(name);
+        char text[8];
+        std::snprintf(text, sizeof(text), "%.1f", 0.5);
+        ASSERT_STREQ(text, half) << "this needs localedef and the sources of the locales";
+        for (size_t i = 0; i < records.size(); ++i) {
+            Destination actual = textOf(0);
+            makeFrameContent(1, records[i].data(), actual.data());
+            EXPECT_STREQ(actual.data(), expected[i].data()) << name;
         }
     }
 }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <deque>
 #include <map>
@@ -6,6 +7,7 @@
 #include <utility>
 
 #include "platform/host/ClockControl.h"
+#include "records/VDRData1.h"
 #include "sysstatus/SysStatusCollection.h"
 #include "tests/RecorderTest.h"
 
@@ -13,17 +15,15 @@ namespace zk::test {
 namespace {
 
 constexpr size_t kBlocks = 80;
-constexpr uint32_t kZoomRatio = 5;      // tags
-constexpr uint32_t kSetGmeNcsDep = 19;  // the first of fifteen stamps
-constexpr size_t kZoomRatioAt = 19;     // offsets in the record
-constexpr size_t kVideoActionAt = 78;
-constexpr size_t kSetGmeNcsDepAt = 3534;
+constexpr size_t kZoomRatioAt = offsetof(vdr1::VDRData1, zoomRatio);
+constexpr size_t kVideoActionAt = offsetof(vdr1::VDRData1, videoAction);
+constexpr size_t kFirstStampAt = offsetof(vdr1::VDRData1, setGmeNcsDep);
 
 // A record in which only the frame number and one of the stamps are written.
 std::vector<uint8_t> plainRecord(uint32_t number, uint64_t stamp, size_t which = 0) {
     std::vector<uint8_t> bytes(kFrameRecordSize, 0);
     std::memcpy(&bytes[0], &number, sizeof(number));
-    std::memcpy(&bytes[kSetGmeNcsDepAt + which * sizeof(stamp)], &stamp, sizeof(stamp));
+    std::memcpy(&bytes[kFirstStampAt + which * sizeof(stamp)], &stamp, sizeof(stamp));
     return bytes;
 }
 
@@ -55,8 +55,8 @@ TEST_F(FrameFlowTest, CallsInAnyOrder_KeepEveryBlockInOnePool) {
             recorder().VDRProcessing(number);
             if (found == processing.end() && processing.size() + done.size() < kBlocks) {
                 const uint64_t stamp = step;
-                recorder().writeMaintain(number, 0, &number);
-                recorder().writeMaintain(number, kSetGmeNcsDep + step % 15, &stamp);
+                recorder().writeMaintain(number, tag::frameNumber, &number);
+                recorder().writeMaintain(number, tag::setGmeNcsDep + step % 15, &stamp);
                 processing[number] = step;
             }
         } else if (act < 1750) {
@@ -72,7 +72,7 @@ TEST_F(FrameFlowTest, CallsInAnyOrder_KeepEveryBlockInOnePool) {
             }
         }
         if (processing.count(number) == 0) {
-            recorder().writeMaintain(number, kZoomRatio, &number);  // must land nowhere
+            recorder().writeMaintain(number, tag::zoomRatio, &number);  // must land nowhere
         }
         fullest = std::max(fullest, processing.size());
         const auto oldest =
@@ -88,19 +88,19 @@ TEST_F(FrameFlowTest, CallsInAnyOrder_KeepEveryBlockInOnePool) {
 // Frames 7 and 9 are being filled, frame 8 is not.
 TEST_F(FrameFlowTest, BadCalls_AreToldInOneLineOrNotAtAllAndWriteNothing) {
     constexpr uint32_t kValue = 0x01010101;
-    constexpr uint32_t kTags[] = {0, 5};
+    constexpr uint32_t kTags[] = {tag::frameNumber, tag::zoomRatio};
     const void* const kDatas[] = {&kValue, &kValue};
     IVideoDataRecoder& r = recorder();
     r.VDRProcessing(7);
     r.VDRProcessing(9);
     forgetLog();
-    r.writeMaintain(8, 5, &kValue);  // no field has a writer before the first session
+    r.writeMaintain(8, tag::zoomRatio, &kValue);  // no field has a writer before the first session
     r.writeMaintains(7, kTags, kDatas, 2);
     openSession(-1);
-    r.writeMaintain(7, 39, &kValue);
+    r.writeMaintain(7, tag::kCount, &kValue);
     r.writeMaintain(UINT32_MAX, UINT32_MAX, &kValue);
-    r.writeMaintain(7, 0, nullptr);
-    r.writeMaintain(8, 0, &kValue);
+    r.writeMaintain(7, tag::frameNumber, nullptr);
+    r.writeMaintain(8, tag::frameNumber, &kValue);
     r.writeMaintains(8, kTags, nullptr, 0);
     r.writeMaintains(7, nullptr, kDatas, 2);
     r.writeMaintains(7, nullptr, kDatas, 0);
@@ -114,7 +114,8 @@ TEST_F(FrameFlowTest, BadCalls_AreToldInOneLineOrNotAtAllAndWriteNothing) {
     r.VDRDone(8);
     r.VDRReport(7);
     r.markUnWritable(7);
-    const uint32_t tags[] = {0, 40, 5, 38, kSetGmeNcsDep};
+    const uint32_t tags[] = {tag::frameNumber, tag::kCount + 1, tag::zoomRatio,
+                             tag::memoryAllocTimeoutInfo, tag::setGmeNcsDep};
     const uint64_t stamp = 0x1122334455667788;
     const void* const datas[] = {&kValue, &kValue, &kValue, nullptr, &stamp};
     r.writeMaintains(9, tags, datas, 5);

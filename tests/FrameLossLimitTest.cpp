@@ -30,15 +30,14 @@ const Check kChecks[] = {
 };
 
 TEST_F(FrameLossLimitTest, DayAndHistory_DecideWhetherALossIsRecorded) {
-    const auto accounts = std::make_shared<LossAccounts>();
-    FrameLossLimit limit(accounts);
+    FrameLossLimit limit;
     limit.start(kNow / kSecond);
     const std::string prefix =
             "I checkFrameLostRecordStatus<LINE>: VDR::checkFrameLostRecordStatus(), ";
     for (const Check& check : kChecks) {
         host::advanceWallClock(check.seconds * kSecond);
         for (uint32_t i = 0; i < check.lines; ++i) {
-            accounts->countLine();
+            limit.countLine();
         }
         EXPECT_EQ(limit.checkFrameLostRecordStatus(check.isHistoryExceeded), check.told[0] == 'e');
         EXPECT_EQ(transcript("").back(), prefix + check.told);

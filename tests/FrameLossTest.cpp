@@ -1,5 +1,4 @@
-#include "dump/LossAccounts.h"
-#include "frameloss/FrameLossHistory.h"
+#include "frameloss/FrameLoss.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
@@ -53,7 +52,7 @@ TEST_F(FrameLossTest, Losses_AreToldWhenDueWhenSharedAndWhenTheyOverflow) {
     play("!41 42-71");
     EXPECT_EQ(transcript("Txt"), Lines{}) << "told, but with too few frames to dump";
     play("72-141 stop 1-40 !41 !45 !100 42-44 46-99 101-130 !90 !95 131-200 0");
-    FrameLossHistory(1, std::make_shared<LossAccounts>()).frameLostProcess(nullptr);
+    FrameLoss(1).frameLostProcess(nullptr);
     const std::string prefix = "frameLostProcess<LINE>: VDR::frameLostProcess, ";
     const std::string one = "I " + prefix + "mFrameLostNumQueue(1), front=";
     const std::string several = "I " + prefix + "mFrameLostNumQueue>=2, ";
@@ -71,16 +70,17 @@ TEST_F(FrameLossTest, Losses_AreToldWhenDueWhenSharedAndWhenTheyOverflow) {
 
 // An announcement that passed the limits just before an overflow may be queued just behind it.
 TEST_F(FrameLossTest, StopAfterAnOverflow_WritesNoFurtherFile) {
-    FrameLossHistory history(1, std::make_shared<LossAccounts>());
+    LossCompletions completions;
+    FrameLossHistory history(completions);
     frameData frame{};
     frame.bytes[0] = 100;
-    history.announce(41);
-    for (int i = 0; i < 100; ++i) {
-        history.frameLostProcess(&frame);
+    history.announce(41, 1, nullptr);
+    for (int i = 0; i < 99; ++i) {
+        EXPECT_FALSE(history.frameLostProcess(&frame).has_value());
     }
-    history.announce(206);
-    history.dumpDataToFrameLostTxtFile();
-    EXPECT_EQ(files(kLossFolder).size(), 1U);
+    EXPECT_TRUE(history.frameLostProcess(&frame).has_value());
+    history.announce(206, 2, nullptr);
+    EXPECT_FALSE(history.stop().dump.has_value());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include "platform/host/FileControl.h"
 #include "platform/host/ThreadPoolControl.h"
 #include "records/makeFrameContent.h"
 #include "tests/RecorderTest.h"
@@ -13,6 +14,7 @@ const std::string kWriter = "I operator()<LINE>: VDR::writeTxtForPreviewFrameLos
 const std::string kRequest =
         "I dumpDataToFrameLostTxtFile<LINE>: VDR::dumpDataToFrameLostTxtFile, ";
 const std::string kWritten = kWriter + kPath + " write succ, lostTimeStamp=1700000000000000!";
+const std::string kCompleted = kRequest + "flush now, trigger promise!";
 const std::string kPromiseLeft = kRequest + "record notifyFlag in flush!";
 
 class FrameLostTxtFileTest : public RecorderTest {
@@ -63,7 +65,10 @@ TEST_F(FrameLostTxtFileTest, StoppedPool_WritesWhenItStartsAgain_EvenAfterTheRec
     host::stopThreadPool();
     for (uint32_t number = 11; number <= 40; ++number) {
         // Two lists of so many are too long a line, and rendering it shows in the log.
-        frame(number).write(17, kMany).write(36, kMany).done();
+        frame(number)
+                .write(tag::nodeInfoCount, kMany)
+                .write(tag::awbInfo_qawb_cap_saCount, kMany)
+                .done();
         recorder().VDRReport(0);
     }
     play("!41 42-71 stop");
@@ -77,22 +82,86 @@ TEST_F(FrameLostTxtFileTest, StoppedPool_WritesWhenItStartsAgain_EvenAfterTheRec
     EXPECT_EQ(settlement(), "done");
 }
 
-TEST_F(FrameLostTxtFileTest, FileOfTheStop_IsNotCounted_SoItsWriterMayTakeTheCountBelowZero) {
+TEST_F(FrameLostTxtFileTest, FileOfTheStop_IsNotCounted_NobodyWaitsForIt) {
     host::runTasksInline(true);
     play("11-40 !41 42-46 stop");
-    EXPECT_EQ(told(), (Lines{kRequest + "flush now, still write a txt, front=41!", kWritten,
-                             kWriter + "count=255!", kPromiseLeft}));
-    EXPECT_EQ(settlement(), "pending");
+    EXPECT_EQ(told(),
+              (Lines{kRequest + "flush now, still write a txt, front=41!", kCompleted, kWritten}));
+    EXPECT_EQ(settlement(), "done");
 }
 
-TEST_F(FrameLostTxtFileTest, LatestLoss_IsCreditedWithEveryFileAndAloneSettledAtTheStop) {
+TEST_F(FrameLostTxtFileTest, Stop_CompletesEveryLoss_TheLatestAfterItsFiles) {
     host::stopThreadPool();
-    play("11-40 !41 !100 42-99 101-130 stop stop");
-    EXPECT_EQ(told(), (Lines{kRequest + "count:1!", kRequest + "count:2!", kPromiseLeft}));
+    play("11-40 !41 !43 !100 42-99 101-130 stop stop");
+    EXPECT_EQ(told(), (Lines{kRequest + "count:1!", kRequest + "count:2!", kCompleted, kCompleted,
+                             kPromiseLeft}));
+    EXPECT_EQ(settlement(kNow) + settlement(kNow + 1) + settlement(kNow + 2), "donedonepending");
     host::restartThreadPool();  // several writers at once
-    EXPECT_EQ(dumps(kLossFolder), "41: 11-40; 100: 70-99");
+    EXPECT_EQ(dumps(kLossFolder), "43: 11-40 42-43; 100: 70-99");
     EXPECT_EQ(countLogged("FrameLost, count=1!") + countLogged("FrameLost, count=0!"), 2U);
-    EXPECT_EQ(settlement(kNow + 1) + settlement(kNow), "donepending");
+    EXPECT_EQ(settlement(kNow + 2), "done");
+}
+
+// Before the stop, behind it, and where one file of two can be written.
+TEST_F(FrameLostTxtFileTest, FileThatCannotBeOpened_KeepsNobodyWaiting) {
+    host::runTasksInline(true);
+    host::failEveryOpen(true);
+    play("11-40 !41 42-71 stop");
+    EXPECT_EQ(told().back(), kCompleted);
+    EXPECT_EQ(settlement(), "done");
+    host::runTasksInline(false);
+    for (const host::FileCall failing : {host::FileCall::kOpen, host::FileCall::kWrite}) {
+        SCOPED_TRACE(static_cast<int>(failing));
+        host::failEveryOpen(failing == host::FileCall::kOpen);
+        host::stopThreadPool();
+        play("111-140 !141 142-171 !172 173-202 stop");
+        host::failFileCall(host::FileCall::kOpen, 1);
+        EXPECT_EQ(settlement(latestLoss()), "pending");
+        forgetLog();
+        host::restartThreadPool();
+        EXPECT_EQ(settlement(latestLoss()), "done");
+        EXPECT_EQ(told().back(), kWriter + "trigger promise");
+    }
+}
+
+TEST_F(FrameLostTxtFileTest, MoreFilesThanADayMayHold_DoNotWaitForThePool) {
+    constexpr uint32_t kMost = 32;
+    host::stopThreadPool();
+    completeFrames(1, 40);
+    for (uint32_t lost = 41; lost < 41 + 40 * (kMost + 1); lost += 40) {
+        announceLoss(lost);
+        completeFrames(lost, lost + 39);
+    }
+    EXPECT_EQ(transcript("open fail!"),
+              Lines{"E" + kWriter.substr(1) + kLossFolder +
+                    "/VIDEO_DEBUG_20231114_221320_00001321.txt open fail!"});
+    closeSession();
+    host::restartThreadPool();
+    EXPECT_EQ(files(kLossFolder).size(), kMost);
+    EXPECT_EQ(settlement(), "done");
+}
+
+// Neither is what the name leads to ours, nor is there always somebody who reads a pipe.
+TEST_F(FrameLostTxtFileTest, LinksAndPipesInPlaceOfFiles_AreNotOpened) {
+    switchRecordingOn();
+    destroyRecorder();
+    openSession();
+    const std::string bin = kBinFolder + std::string("/VIDEO_DEBUG_20231114_221320.bin");
+    layFile("/data/innocent", "whole");
+    for (const std::string& path : {kPath, bin}) {
+        std::filesystem::create_symlink(onHost("/data/innocent"), onHost(path));
+    }
+    play("11-40 !41 41-71");
+    host::waitForThreadPool();
+    EXPECT_EQ(readFile("/data/innocent"), "whole");
+    for (const std::string& path : {kPath, bin}) {
+        std::filesystem::remove(onHost(path));
+        ASSERT_EQ(mkfifo(onHost(path).c_str(), 0666), 0);
+    }
+    play("stop open 11-40 !41 41-71 stop");
+    host::waitForThreadPool();
+    EXPECT_EQ(countLogged("writeTxtForPreviewFrameLost, " + kPath + " open fail!"), 2U);
+    EXPECT_EQ(countLogged("saveDataToBinFile, " + bin + " open fail!"), 31U + 31U);
 }
 
 }  // namespace

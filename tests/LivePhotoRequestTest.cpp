@@ -27,14 +27,6 @@ std::string times(int count, const std::string& part) {
     return all;
 }
 
-// As many levels of arrays or objects, the request's own among them, in the value of a member.
-std::string arrays(int levels, const std::string& inside) {
-    return R"({"id":"a","x":)" + times(levels - 1, "[") + inside + times(levels - 1, "]") + "}";
-}
-std::string objects(int levels, const std::string& inside) {
-    return R"({"id":"a","x":)" + times(levels - 2, R"({"y":)") + "{" + inside + times(levels, "}");
-}
-
 const std::string kRead = "a 0 0 0";
 const std::string kEmpty = " 0 0 0";
 
@@ -57,23 +49,22 @@ TEST(LivePhotoRequestTest, UntrustedText_ReadsAsFarAsItCan) {
     }
 }
 
-// The parser finds values down to the 1000th level and ends the process at the next.
-TEST(LivePhotoRequestTest, NestingBeyondTheParser_ReadsAsAnEmptyRequest) {
-    const std::string manyOpen(100000, '[');
+// The parser ends the process at a value below its thousandth level.
+TEST(LivePhotoRequestTest, TextTooDeepOrTooLong_HasNoMembers) {
+    const std::string member = R"({"id":"a","x":)";
+    const std::string brackets(998, '[');
+    const std::string blanks(16384 - 10, ' ');
     const Text rows[] = {
-            {"1000 levels, nothing in the last array", arrays(1000, " \n"), kRead},
-            {"1000 levels, a value in the last array", arrays(1000, "1"), kEmpty},
-            {"1000 levels, nothing in the last object", objects(1000, "/**/"), kRead},
-            {"1000 levels, a value in the last object", objects(1000, R"("z":1)"), kEmpty},
-            {"brackets in a string", R"({"id":"a","x":"\")" + manyOpen + "\"}", kRead},
-            {"brackets in comments", "/*" + manyOpen + "*/{//" + manyOpen + "\n\"id\":\"a\"}",
-             kRead},
-            {"behind a bracket that closes nothing", "]" + manyOpen, kEmpty},
-            // Behind a comment the parser takes anything for the comma, and what follows a slash
-            // with it.
-            {"[ for a comma", R"({"x":{"a":1/**/["b":1},"y":)" + manyOpen, kEmpty},
-            {"/\" for a comma", R"({"a":1/**/ /""b":)" + manyOpen, kEmpty},
-            {"] for every comma", times(2000, R"({"a":1/**/]"b":)"), kEmpty},
+            {"999 levels", member + brackets + "1" + std::string(998, ']') + "}", kRead},
+            {"1000 levels", member + "[" + brackets + "1" + std::string(999, ']') + "}", kEmpty},
+            {"objects", times(1000, R"({"id":)") + "1", kEmpty},
+            {"open ones", member + brackets, kRead},
+            {"one more", member + brackets + "{", kEmpty},
+            {"in a string", member + '"' + brackets + "\"}", kRead},
+            {"one more in a string", member + '"' + brackets + "[\"}", kEmpty},
+            {"in a comment, closed by others", member + "/*[*/" + times(998, "[]") + "}", kEmpty},
+            {"as long as may be", R"({"id":"a"})" + blanks, kRead},
+            {"longer", R"({"id":"a"})" + blanks + " ", kEmpty},
     };
     for (const Text& row : rows) {
         EXPECT_EQ(parsed(row.json), row.expected) << row.name;

@@ -3,11 +3,19 @@
 #include <json/value.h>
 #include <sys/eventfd.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <csignal>
+#include <filesystem>
 #include <numeric>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/host/DeviceControl.h"
@@ -39,15 +47,16 @@ protected:
     // Stores the frame as it is before it is done, with its number's low byte in a field.
     void queueFrames(uint32_t first, uint32_t last) {
         for (uint32_t number = first; number <= last; ++number) {
-            frame(number).write(2, static_cast<uint8_t>(number));
+            frame(number).write(tag::masterCameraId, static_cast<uint8_t>(number));
             recorder().CacheDataForLivePhoto(number);
             recorder().DoneDataForLivePhoto(number);
             recorder().VDRDone(number);
             recorder().VDRReport(0);
         }
     }
-    // A file full of 0xEE.
+    // A new file full of 0xEE.
     int openBuffer(size_t size, int mode = O_RDWR) const {
+        std::filesystem::remove(onHost(kBuffer));
         layFile(kBuffer, std::string(size, '\xEE'));
         return open(onHost(kBuffer).c_str(), mode | O_CLOEXEC);
     }
@@ -72,6 +81,10 @@ protected:
         return frames;
     }
     Frames allFrames() { return framesFor(0, UINT32_MAX - 1); }
+    static off_t sizeOf(int fd) {
+        struct stat status {};
+        return fstat(fd, &status) == 0 ? status.st_size : -1;
+    }
 
     Lines mReplies;
 };
@@ -140,16 +153,16 @@ TEST_F(LivePhotoTest, StoreKeepsOneWritableRecordPerPlaceOf180) {
     openListening();
     const uint32_t renumbered = 41;
     recorder().CacheDataForLivePhoto(5);  // nothing is being filled
-    recorder().WriteMaintainForLivePhoto(5, 0, &renumbered);
+    recorder().WriteMaintainForLivePhoto(5, tag::frameNumber, &renumbered);
     recorder().DoneDataForLivePhoto(5);
     for (const uint32_t number : {5U, 185U}) {
         frame(number);
         recorder().CacheDataForLivePhoto(number);
     }
     recorder().DoneDataForLivePhoto(5);
-    recorder().WriteMaintainForLivePhoto(5, 0, &renumbered);
-    recorder().WriteMaintainForLivePhoto(7, 39, &renumbered);
-    recorder().WriteMaintainForLivePhoto(7, 0, nullptr);
+    recorder().WriteMaintainForLivePhoto(5, tag::frameNumber, &renumbered);
+    recorder().WriteMaintainForLivePhoto(7, tag::kCount, &renumbered);
+    recorder().WriteMaintainForLivePhoto(7, tag::frameNumber, nullptr);
     recorder().DoneDataForLivePhoto(365);
     frame(5).done();  // the completed record takes the place
     recorder().DoneDataForLivePhoto(185);
@@ -188,9 +201,33 @@ TEST_F(LivePhotoTest, CallbackStaysUntilReplaced_AlsoFromWithin) {
     EXPECT_EQ(countLogged("VDR::RegisterCamDataCb success!"), 3U);
 }
 
-int memory(off_t size) {
-    const int fd = memfd_create("memory", MFD_CLOEXEC);
+int memory(off_t size, int seals = 0) {
+    const int fd = memfd_create("memory", MFD_CLOEXEC | MFD_ALLOW_SEALING);
     EXPECT_EQ(ftruncate(fd, size), 0);
+    EXPECT_EQ(fcntl(fd, F_ADD_SEALS, seals), 0);
+    return fd;
+}
+
+int pipeEnd() {
+    int ends[2];
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    close(ends[0]);
+    return ends[1];
+}
+
+// A file on a disk of its own, which nobody else sees and which is gone with the file. Negative
+// where that is not allowed.
+int openSmallDisk(const std::string& folder, size_t size) {
+    int fd = -1;
+    std::thread([&] {
+        const std::string options = "size=" + std::to_string(size);
+        std::filesystem::create_directory(folder);
+        if (unshare(CLONE_NEWNS) == 0 &&
+            mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+            mount("vdr", folder.c_str(), "tmpfs", 0, options.c_str()) == 0) {
+            fd = open((folder + "/buffer").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        }
+    }).join();
     return fd;
 }
 
@@ -205,16 +242,21 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
     };
     const Row rows[] = {
             {"regular file", openBuffer(2 * kPage), 3 * kPage, "1 shot 1", 0},
+            {"in append mode", openBuffer(2 * kPage, O_RDWR | O_APPEND), 3 * kPage, "1 shot 1", 0},
             {"memory as long", memory(8192), 2 * kPage, "1 shot 1", 0},
             {"memory shorter within the page", memory(4097), 3 * kPage, "1 shot 1", 0},
             {"memory shorter", memory(4096), 3 * kPage, "0 shot 1", 0},
             {"memory empty", memory(0), 3 * kPage, "0 shot 1", 0},
+            {"sealed in size", memory(4100, F_SEAL_GROW | F_SEAL_SHRINK), 9999, "1 shot 1", 0},
+            {"sealed in content", memory(8192, F_SEAL_WRITE), 2 * kPage, "0 shot 1", -1},
+            {"sealed by now", memory(8192, F_SEAL_FUTURE_WRITE), 2 * kPage, "0 shot 1", -1},
             {"request too small", memory(99999), 2 * kPage - 1, "0 shot 1", 0},
             {"request of nothing", memory(99999), 0, "0 shot 1", -1},
             {"request of four gigabytes", memory(8192), UINT32_MAX, "1 shot 1", 0},
             {"read-only", openBuffer(2 * kPage, O_RDONLY), 3 * kPage, "0 shot 1", -1},
             {"zeros", open("/dev/zero", O_RDWR), 3 * kPage, "0 shot 1", 0},
             {"no file", eventfd(0, 0), 3 * kPage, "0 shot 1", -1},
+            {"pipe", pipeEnd(), 3 * kPage, "0 shot 1", -1},
             {"socket", socket(AF_UNIX, SOCK_STREAM, 0), 3 * kPage, "0 shot 1", -1},
             {"closed", -1, 3 * kPage, "none", 0},
     };
@@ -222,12 +264,21 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
     queueFrames(1, 2);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        const int twin = dup(row.fd);  // shares the position
+        const int twin = dup(row.fd);  // shares position and mode
         const off_t position = lseek(twin, 3, SEEK_SET) == 3 ? 3 : lseek(twin, 0, SEEK_CUR);
+        const int mode = fcntl(twin, F_GETFL);
+        const off_t size = sizeOf(twin);
         forgetLog();
         EXPECT_EQ(post(row.fd, requestFor(0, 9, row.bufferSize)), row.reply);
         EXPECT_EQ(lseek(twin, 0, SEEK_CUR), position);
+        EXPECT_EQ(fcntl(twin, F_GETFL), mode);
+        EXPECT_EQ(sizeOf(twin), size);
+        uint8_t first = 0;
+        uint8_t second = 0;
+        pread(twin, &first, 1, 0);
+        pread(twin, &second, 1, kPage);
         close(twin);
+        EXPECT_EQ(first == 1 && second == 2, row.reply[0] == '1');
         EXPECT_EQ(countLogged("apk apply size:" + std::to_string(row.bufferSize) +
                               ", postQueue need size:8192!"),
                   row.reply[0] == '0' ? 1U : 0U);
@@ -235,6 +286,65 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
                   row.reply[0] == 'n' ? 0U : 1U);
         EXPECT_EQ(allFrames(), (Frames{1, 2})) << "the records stay queued";
     }
+}
+
+// The application cuts its buffer and makes it long again, all the time.
+TEST_F(LivePhotoTest, BufferThatShrinksMeanwhile_IsServedOrNot) {
+    constexpr int kPosts = 3000;
+    constexpr uint32_t kRecords = 16;
+    openListening();
+    queueFrames(1, kRecords);
+    for (const int fd : {memory(kRecords * kPage), openBuffer(kRecords * kPage)}) {
+        std::atomic<bool> isOver{false};
+        std::thread application([&] {
+            for (size_t size = 0; !isOver; size = (size + 5000) % (kRecords * kPage)) {
+                EXPECT_EQ(ftruncate(fd, static_cast<off_t>(size)), 0);
+                EXPECT_EQ(ftruncate(fd, kRecords * kPage), 0);
+            }
+        });
+        std::set<std::string> replies;
+        for (int i = 0; i < kPosts; ++i) {
+            replies.insert(post(dup(fd), requestFor(0, 99, kRecords * kPage)));
+        }
+        isOver = true;
+        application.join();
+        EXPECT_EQ(sizeOf(fd), kRecords * kPage);
+        EXPECT_EQ(post(fd, requestFor(0, 99, kRecords * kPage)), "1 shot 1");
+        replies.erase("1 shot 1");
+        EXPECT_EQ(replies, std::set<std::string>{"0 shot 1"});
+    }
+}
+
+// A file of holes, the disk of which has room for half of them.
+TEST_F(LivePhotoTest, FullDisk_AnswersStateZero) {
+    openListening();
+    queueFrames(1, 8);
+    const std::string disk = onHost("/disk");
+    const int fd = openSmallDisk(disk, 4 * kPage);
+    if (fd < 0) {
+        GTEST_SKIP() << "only root may mount one";
+    }
+    EXPECT_EQ(ftruncate(fd, 8 * kPage), 0);
+    EXPECT_EQ(post(fd, requestFor(0, 9, 8 * kPage)), "0 shot 1");
+    EXPECT_EQ(countLogged("postQueue need size:32768!"), 1U);
+    EXPECT_EQ(countLogged("munmapRet 0!"), 1U);
+}
+
+// The process's limit on file sizes, behind which a write also sends a signal that ends it.
+TEST_F(LivePhotoTest, BufferBehindTheLimitOnFileSizes_AnswersStateZero) {
+    openListening();
+    queueFrames(1, 2);
+    const int fd = openBuffer(2 * kPage);
+    rlimit usual{};
+    getrlimit(RLIMIT_FSIZE, &usual);
+    const rlimit onePage{kPage, usual.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &onePage);
+    const std::string reply = post(fd, requestFor(0, 9, 2 * kPage));
+    setrlimit(RLIMIT_FSIZE, &usual);
+    EXPECT_EQ(reply, "0 shot 1");
+    sigset_t pending;
+    sigpending(&pending);
+    EXPECT_EQ(sigismember(&pending, SIGXFSZ), 0);
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -20,6 +22,7 @@
 #include "platform/host/PropertyControl.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
+#include "records/VDRData1.h"
 
 namespace zk::test {
 
@@ -28,8 +31,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr uint32_t kStamps = 15;
-constexpr uint32_t kTagFirstStamp = 19;
-constexpr size_t kFirstStampAt = 3534;
+constexpr size_t kFirstStampAt = offsetof(vdr1::VDRData1, setGmeNcsDep);
 
 uint64_t stampOf(uint32_t frameNumber, uint64_t index) {
     return (frameNumber + index * 1000003) * UINT64_C(0x9E3779B97F4A7C15);
@@ -96,20 +98,43 @@ ZkaVideoDataRecoderImpl& RecorderTest::recorder() {
 }
 
 void RecorderTest::destroyRecorder() {
-    mSleep.open();  // destruction waits for the sampler
+    mSleep.open();
     mRecorder.reset();
+    EXPECT_TRUE(waitForSamplersEnd());
     mSleep.close();
+}
+
+size_t RecorderTest::samplers() {
+    size_t count = 0;
+    std::error_code gone;  // threads end while they are listed
+    for (const auto& thread : fs::directory_iterator("/proc/self/task", gone)) {
+        std::string name;
+        std::getline(std::ifstream(thread.path() / "comm"), name);
+        count += name == "VDRSampler" ? 1 : 0;
+    }
+    return count;
+}
+
+bool RecorderTest::waitForSamplersEnd() {
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (samplers() > 0) {
+        if (std::chrono::steady_clock::now() > giveUp) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
 }
 
 RecorderTest::Frame::Frame(IVideoDataRecoder& recorder, uint32_t number)
       : mRecorder(recorder), mNumber(number) {
     mRecorder.VDRProcessing(number);
-    write(0, number);
+    write(tag::frameNumber, number);
 }
 
 RecorderTest::Frame& RecorderTest::Frame::stamp() {
     for (uint32_t i = 0; i < kStamps; ++i) {
-        write(kTagFirstStamp + i, stampOf(mNumber, i));
+        write(tag::setGmeNcsDep + i, stampOf(mNumber, i));
     }
     return *this;
 }

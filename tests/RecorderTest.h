@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "recorder/ZkaVideoDataRecoderImpl.h"
+#include "records/FieldTags.h"
 #include "records/frameData.h"
 #include "tests/SleepGate.h"
 
@@ -33,12 +34,16 @@ protected:
     void switchRecordingOn();
 
     ZkaVideoDataRecoderImpl& recorder();
-    // Destroys it as unloading the library would; its next use makes a new one.
+    // Destroys it and waits for its sampler's end; its next use makes a new one.
     void destroyRecorder();
+    // How many threads of the sampler this process has. False where they do not end within ten
+    // seconds.
+    static size_t samplers();
+    static bool waitForSamplersEnd();
     void openSession(int32_t sceneMode = 0) { recorder().initialize(1, sceneMode); }
     void closeSession() { recorder().unInitialize(); }
 
-    // A frame that is being filled: frame(41).write(5, zoom).done();
+    // A frame that is being filled: frame(41).write(tag::zoomRatio, zoom).done();
     class Frame {
     public:
         Frame(IVideoDataRecoder& recorder, uint32_t number);
@@ -56,7 +61,7 @@ protected:
         IVideoDataRecoder& mRecorder;
         const uint32_t mNumber;
     };
-    // Takes a record and writes the frame number (tag 0).
+    // Takes a record and writes the frame number.
     Frame frame(uint32_t number) { return {recorder(), number}; }
     // Takes, numbers, completes and reports the frames from `first` to `last`.
     void completeFrames(uint32_t first, uint32_t last);
@@ -74,6 +79,9 @@ protected:
     void announceLoss(uint64_t frameNumber, uint64_t timeStamp = kNow);
     // "pending", "limited" or "done".
     std::string settlement(uint64_t timeStamp = kNow);
+
+    // The time stamp of the loss that play() announced last.
+    uint64_t latestLoss() const { return kNow + mLosses - 1; }
 
     // Plays camera sessions written in words: "7" and "7-40" complete frames, "!41" announces the
     // loss of a frame, the first one at kNow and each a microsecond after the last, "open" and

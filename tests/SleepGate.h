@@ -19,10 +19,10 @@ public:
     void wakeSleeper();
     void open();
     void close();
-
-private:
+    // What sleepers call.
     void sleep();
 
+private:
     std::mutex mMutex;
     std::condition_variable mChanged;
     int mSleeps = 0;

@@ -1,16 +1,19 @@
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
 
+#include "platform/host/ClockControl.h"
 #include "platform/host/DeviceControl.h"
-#include "sysstatus/SysStatusCollection.h"
+#include "sysstatus/SystemStatus.h"
 #include "tests/RecorderTest.h"
 
 namespace zk::test {
@@ -73,10 +76,9 @@ protected:
     }
     // The sampler ends; the recorder and the snapshot stay.
     void stopSampling() {
-        const size_t ended = countLogged("quit async task");
         closeSession();
         mSleep.wakeSleeper();
-        ASSERT_TRUE(eventually([&] { return countLogged("quit async task") > ended; }));
+        ASSERT_TRUE(waitForSamplersEnd());
     }
 
     // Its fields are unaligned: compare copies, made by a plus sign, not references.
@@ -140,7 +142,7 @@ TEST_F(SystemStatusTest, EveryCycleReadsEveryFileAfresh) {
     }
 }
 
-TEST_F(SystemStatusTest, FileThatDoesNotScan_KeepsItsLastValueAndIsReadNoMoreOrAgain) {
+TEST_F(SystemStatusTest, FileThatDoesNotScan_KeepsItsLastValueAndIsNotRewound) {
     struct Row {
         const char* name;
         const char* path;
@@ -148,11 +150,11 @@ TEST_F(SystemStatusTest, FileThatDoesNotScan_KeepsItsLastValueAndIsReadNoMoreOrA
         std::array<int64_t, 4> expected;
     };
     const Row rows[] = {
-            {"text, then a number", kCpu0, {"5\n", "none\n", "1804800\n", "7\n"}, {5, 5, 5, 5}},
+            {"a number in the next line", kCpu0, {"5\n", "none\n6\n"}, {5, 5, 6, 6}},
             {"empty, then a number", kCpu0, {"5\n", "", "6\n", "7\n"}, {5, 5, 5, 5}},
             {"blank line, one with a unit", kCpu0, {"5\n", "\n", " \t\n", "-6 C\n"}, {5, 0, 0, -6}},
             {"busy", kGpuBusy, {"37 %\n", "38\n", "39%\n", "65537 %\n"}, {37, 38, 39, 1}},
-            {"load becomes text", kLoadAvg, {"3 2 1\n", "n/a\n", "4 4 4\n"}, {3, 3, 3, 3}},
+            {"load becomes text", kLoadAvg, {"3 2 1\n", "n/a\n", nullptr, "4 4\n"}, {3, 3, 3, 3}},
             // Free memory in tens, available in ones: their lines are needed, in order.
             {"no MemAvailable", kMemInfo, {"MemFree: 7 kB\nBuffers: 1 kB\n"}, {70, 0, 0, 0}},
             {"MemFree behind", kMemInfo, {"MemAvailable: 9 kB\nMemFree: 7 kB\n"}, {9, 9, 9, 9}},
@@ -173,6 +175,21 @@ TEST_F(SystemStatusTest, FileThatDoesNotScan_KeepsItsLastValueAndIsReadNoMoreOrA
         stopSampling();
     }
     EXPECT_EQ(countLogged("W ") + countLogged("E "), 0U);
+}
+
+TEST_F(SystemStatusTest, ReadThatFails_IsTriedAgain_AndPipesAreNotWaitedFor) {
+    for (const char* path : {kCpu0, kLoadAvg}) {
+        std::filesystem::create_directories(onHost(path).parent_path());
+        ASSERT_EQ(mkfifo(onHost(path).c_str(), 0600), 0);
+    }
+    const int pipe = open(onHost(kCpu0).c_str(), O_RDWR | O_CLOEXEC);
+    startSampling();
+    EXPECT_EQ(+status().cpu0Freq, 0) << "fails: empty, but with a writer";
+    ASSERT_EQ(write(pipe, "8\n", 2), 2);
+    nextCycle();
+    EXPECT_EQ(+status().cpu0Freq, 8);
+    stopSampling();
+    close(pipe);
 }
 
 TEST_F(SystemStatusTest, UsageIsTheProcessShareOfTheMachineSinceItLastGrew) {
@@ -244,44 +261,55 @@ TEST_F(SystemStatusTest, OneTaskRunsFromStartToStop) {
     EXPECT_EQ(countLogged("async task still alive, do not create task, mThreadStatus=1!"), 1U);
 }
 
-// Two threads open and close sessions, by turns and then at once.
 TEST_F(SystemStatusTest, SessionsOfTwoThreads_NeverLoseTheSamplerNorHaveTwo) {
     mSleep.open();
     layFile(kLoadAvg, "1.0 1.0 1.0\n");
     recorder();
-    const auto expectSampling = [this] {
+    const auto openAndClose = [this] {
+        for (int i = 0; i < 100; ++i) {
+            openSession();
+            EXPECT_LE(host::openCaptureCounters(), 1);
+            closeSession();
+        }
+    };
+    for (int round = 0; round < 20; ++round) {
+        std::thread other(openAndClose);
+        openAndClose();
+        other.join();
         openSession();
         EXPECT_TRUE(eventually([this] { return status().loadAvg1 > 0; }));
-        EXPECT_EQ(host::openCaptureCounters(), 1);
+        EXPECT_EQ(samplers(), 1U);
         closeSession();
-    };
-    const auto playTwice = [](const std::function<void(int)>& play) {
-        std::thread other(play, 1);
-        play(0);
-        other.join();
-    };
-    std::atomic<int> turn{0};
-    playTwice([&](int player) {
-        for (int mine = player; mine < 1000; mine += 2, ++turn) {
-            while (turn != mine) {
-                std::this_thread::yield();
-            }
-            expectSampling();
-        }
-    });
-    for (int i = 0; i < 10; ++i) {
-        playTwice([this](int /*player*/) {
-            for (int round = 0; round < 100; ++round) {
-                openSession();
-                EXPECT_LE(host::openCaptureCounters(), 1);
-                closeSession();
-            }
-        });
-        expectSampling();
     }
-    openSession();
-    destroyRecorder();
-    EXPECT_EQ(host::openCaptureCounters(), 0) << "nor has the sampler survived";
+}
+
+// Nobody waits for a sampler that sleeps, and no signal of the camera process wakes it.
+TEST_F(SystemStatusTest, SamplerOutlivesItsRecorder_AndTakesNoSignal) {
+    sigset_t mask;
+    sigset_t before;
+    sigset_t after;
+    sigemptyset(&mask);
+    SleepGate gate;
+    host::setSleepHandler([&](uint32_t microseconds) {
+        EXPECT_EQ(microseconds, 1000000U);
+        pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+        gate.sleep();
+    });
+    pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    {
+        SystemStatus owner;
+        owner.SystemStatusInit(0);
+        ASSERT_TRUE(gate.waitForSleep(1));
+    }
+    pthread_sigmask(SIG_SETMASK, nullptr, &after);
+    EXPECT_EQ(samplers(), 1U);
+    gate.open();
+    EXPECT_TRUE(waitForSamplersEnd());
+    EXPECT_EQ(host::openCaptureCounters(), 0);
+    for (const int signal : {SIGHUP, SIGTERM, SIGALRM, SIGPROF, SIGCHLD, SIGUSR1, SIGRTMAX}) {
+        EXPECT_EQ(sigismember(&mask, signal), 1) << signal;
+        EXPECT_EQ(sigismember(&after, signal), sigismember(&before, signal)) << signal;
+    }
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 #include "platform/Files.h"
 
-#include <sys/stat.h>
+#include "platform/RegularFile.h"
 
 namespace zk::platform {
 
-std::FILE* openFile(const char* path, const char* mode) {
-    return std::fopen(path, mode);
+std::FILE* openFile(const char* path) {
+    return openWithoutWaiting(path);
+}
+
+std::FILE* openDumpFile(const char* path, const char* mode) {
+    return openRegularFile(path, mode);
 }
 
 size_t writeFile(const void* data, size_t size, std::FILE* file) {
@@ -16,8 +20,12 @@ int closeFile(std::FILE* file) {
     return std::fclose(file);
 }
 
-int changeMode(const char* path, mode_t mode) {
-    return ::chmod(path, mode);
+int duplicate(std::FILE* file) {
+    return duplicateDescriptor(file);
+}
+
+int changeModeAndClose(int fd, mode_t mode) {
+    return changeDescriptorMode(fd, mode);
 }
 
 }  // namespace zk::platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 // The device's file tree on Linux, and its faults. Any thread.
@@ -18,5 +19,8 @@ enum class FileCall { kOpen, kWrite, kClose, kChangeMode };
 void failFileCall(FileCall call, int nth);
 // While set, every open fails.
 void failEveryOpen(bool fail);
+// Called before each of these calls, on the thread that makes it, and may take its time: a slow
+// disk; empty: none.
+void setFileCallHandler(std::function<void(FileCall)> handler);
 
 }  // namespace zk::host

@@ -1,13 +1,14 @@
 #include "platform/Files.h"
 
-#include <sys/stat.h>
-
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
+#include <utility>
 
+#include "platform/RegularFile.h"
 #include "platform/host/FileControl.h"
 
 namespace {
@@ -20,6 +21,7 @@ struct FileState {
 
     std::mutex mutex;
     std::string folder;
+    std::shared_ptr<const std::function<void(zk::host::FileCall)>> handler;
     std::array<std::atomic<int>, 4> callsUntilFailure{};
     std::atomic<bool> opensFail{false};
 };
@@ -30,9 +32,26 @@ FileState& state() {
     return *instance;
 }
 
+// Lets the handler have its time, and tells whether the call is to fail.
 bool failsNow(zk::host::FileCall call) {
+    std::shared_ptr<const std::function<void(zk::host::FileCall)>> handler;
+    {
+        const std::lock_guard guard(state().mutex);
+        handler = state().handler;
+    }
+    if (handler != nullptr) {
+        (*handler)(call);
+    }
     std::atomic<int>& remaining = state().callsUntilFailure[static_cast<size_t>(call)];
     return remaining > 0 && remaining.fetch_sub(1) == 1;
+}
+
+bool mayOpen() {
+    if (state().opensFail || failsNow(zk::host::FileCall::kOpen)) {
+        errno = EACCES;
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -55,12 +74,20 @@ void zk::host::failEveryOpen(bool fail) {
     state().opensFail = fail;
 }
 
-std::FILE* zk::platform::openFile(const char* path, const char* mode) {
-    if (state().opensFail || failsNow(host::FileCall::kOpen)) {
-        errno = EACCES;
-        return nullptr;
-    }
-    return std::fopen(host::hostPath(path).c_str(), mode);
+void zk::host::setFileCallHandler(std::function<void(FileCall)> handler) {
+    auto shared =
+            handler ? std::make_shared<const std::function<void(FileCall)>>(std::move(handler))
+                    : nullptr;
+    const std::lock_guard guard(state().mutex);
+    state().handler.swap(shared);
+}
+
+std::FILE* zk::platform::openFile(const char* path) {
+    return mayOpen() ? openWithoutWaiting(host::hostPath(path).c_str()) : nullptr;
+}
+
+std::FILE* zk::platform::openDumpFile(const char* path, const char* mode) {
+    return mayOpen() ? openRegularFile(host::hostPath(path).c_str(), mode) : nullptr;
 }
 
 size_t zk::platform::writeFile(const void* data, size_t size, std::FILE* file) {
@@ -76,10 +103,15 @@ int zk::platform::closeFile(std::FILE* file) {
     return failsNow(host::FileCall::kClose) ? EOF : result;
 }
 
-int zk::platform::changeMode(const char* path, mode_t mode) {
+int zk::platform::duplicate(std::FILE* file) {
+    return duplicateDescriptor(file);
+}
+
+int zk::platform::changeModeAndClose(int fd, mode_t mode) {
     if (failsNow(host::FileCall::kChangeMode)) {
+        changeDescriptorMode(fd, 0);
         errno = EPERM;
         return -1;
     }
-    return ::chmod(host::hostPath(path).c_str(), mode);
+    return changeDescriptorMode(fd, mode);
 }

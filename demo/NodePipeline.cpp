@@ -1,0 +1,83 @@
+#include "demo/NodePipeline.h"
+
+#include <algorithm>
+
+namespace demo {
+namespace {
+
+struct Node {
+    uint32_t ids[3];  // pipeline, type, instance: the same in every frame
+    double work;      // nanoseconds per frame; together less than two frame times
+};
+constexpr Node kChain[NodePipeline::kNodes] = {
+        {{1, 101, 0}, 6e6},   // sensor front end
+        {{1, 102, 0}, 4e6},   // statistics
+        {{1, 103, 0}, 12e6},  // noise reduction
+        {{2, 201, 0}, 9e6},   // scene recognition
+        {{2, 202, 0}, 14e6},  // plug-in algorithms
+        {{2, 203, 0}, 8e6},   // stabilisation
+        {{2, 204, 0}, 3e6},   // output
+};
+constexpr double kDispatch = 200e3;  // nanoseconds from a free node's queue to its work
+constexpr double kHandOn = 50e3;
+constexpr double kSpread = 0.03;  // of work from frame to frame
+
+constexpr uint64_t kHoldUp = 10 * kFrameTime;
+
+// A hot device slows down with every frame, until the camera stack has shed load.
+constexpr uint32_t kSlowFrames = 25;
+constexpr double kSlownessPerFrame = 0.095;
+
+size_t troubledPlace(Cause cause) {
+    return cause == Cause::kSlowAllocation ? 2 : 4;
+}
+
+}  // namespace
+
+std::string NodePipeline::troubledNode(Cause cause) {
+    const Node& node = kChain[troubledPlace(cause)];
+    return std::to_string(node.ids[0]) + "/" + std::to_string(node.ids[1]) + "/" +
+           std::to_string(node.ids[2]);
+}
+
+bool NodePipeline::isTroubled(Cause cause, uint32_t frame, size_t node) const {
+    return cause == mCause && frame == mPlan.troubled && node == troubledPlace(cause);
+}
+
+double NodePipeline::slownessAt(uint32_t frame) const {
+    const bool isSlow = mCause == Cause::kThermal && frame >= mPlan.hotFrom &&
+                        frame - mPlan.hotFrom < kSlowFrames;
+    return isSlow ? 1 + kSlownessPerFrame * (frame - mPlan.hotFrom) : 1;
+}
+
+NodePipeline::Passage NodePipeline::pass(uint32_t frame, uint64_t enteredAt) {
+    Passage passage{{}, enteredAt, slownessAt(frame)};
+    bool isGivenUp = false;
+    for (size_t i = 0; i < kNodes; ++i) {
+        const Node& node = kChain[i];
+        vdr1::NodeInfo& info = passage.nodes[i];
+        info = {{node.ids[0], node.ids[1], node.ids[2]}, {}};
+        if (isGivenUp) {
+            continue;  // stamps stay 0
+        }
+        const uint64_t queued = passage.leftAt;
+        uint64_t started = std::max(queued, mFreeAt[i]) + mNoise.around<uint64_t>(kDispatch, 0.5);
+        if (isTroubled(Cause::kSlowAllocation, frame, i)) {
+            started += kHoldUp;
+        }
+        uint64_t finished =
+                started + mNoise.around<uint64_t>(node.work * passage.slowness, kSpread);
+        uint64_t handedOn = finished + mNoise.around<uint64_t>(kHandOn, 0.5);
+        if (isTroubled(Cause::kStuckNode, frame, i)) {
+            isGivenUp = true;
+            finished = started + kHoldUp;
+            handedOn = 0;
+        }
+        info = {{node.ids[0], node.ids[1], node.ids[2]}, {queued, started, finished, handedOn}};
+        passage.leftAt = std::max(finished, handedOn);
+        mFreeAt[i] = passage.leftAt;
+    }
+    return passage;
+}
+
+}  // namespace demo
