@@ -1,8 +1,8 @@
 #include "sysstatus/SystemStatus.h"
 
-#include <locale.h>
 #include <pthread.h>
 
+#include <clocale>
 #include <csignal>
 
 #include "platform/BoundedMemory.h"
