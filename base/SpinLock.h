@@ -16,7 +16,6 @@
 #define VDR_GUARDED_BY(lock) VDR_THREAD_ANNOTATION(guarded_by(lock))
 #define VDR_PT_GUARDED_BY(lock) VDR_THREAD_ANNOTATION(pt_guarded_by(lock))
 #define VDR_REQUIRES(...) VDR_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
-#define VDR_EXCLUDES(...) VDR_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
 #define VDR_ACQUIRE(...) VDR_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define VDR_RELEASE(...) VDR_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 #define VDR_ASSERT_CAPABILITY(x) VDR_THREAD_ANNOTATION(assert_capability(x))

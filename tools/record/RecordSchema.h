@@ -8,8 +8,8 @@
 #include "records/VDRData2.h"
 #include "sysstatus/SysStatusCollection.h"
 
-// Names, types and places of everything in a frame record, taken from the layout headers. All
-// readers and writers of vdrdump walk these tables; none knows an offset of its own.
+// Names, types and places of everything in a frame record, taken from the layout headers. The
+// readers and sinks of vdrdump walk these tables; the curves of a plot name their members.
 namespace vdrdump {
 
 using Layout = vdr2::VDRData2;
