@@ -1,6 +1,7 @@
 #include "sysstatus/SystemStatus.h"
 
 #include <pthread.h>
+#include <clocale>
 
 #include <clocale>
 #include <csignal>
