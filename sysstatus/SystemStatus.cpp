@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <clocale>
 
+#include <clocale>
 #include <csignal>
 
 #include "platform/BoundedMemory.h"
