@@ -29,7 +29,8 @@ void FrameLossHistory::reserve() {
 void FrameLossHistory::giveBack(RingQueue<frameData> frames) {
     frames.reset();
     const SpinLockGuard guard(mFrameLostLock);
-    if (mNextDataQueue.capacity() < frames.capacity()) {
+    // A history without memory: the session is over, or memory was refused and will be sought anew.
+    if (mFrameLostDataQueue.capacity() > 0 && mNextDataQueue.capacity() < frames.capacity()) {
         std::swap(mNextDataQueue, frames);
     }
 }

@@ -36,7 +36,7 @@ public:
     // Memory for the longest history and for the one that follows it when it is handed over, so
     // that no frame of the session waits for it. Without it the memory comes with the frames.
     void reserve();
-    // The memory of a dump that is written, for the next one.
+    // The memory of a dump that is written, for the session's next one.
     void giveBack(RingQueue<frameData> frames);
 
     // One done frame, in order of completion: the dump that it completes, if any. `frame` may be
