@@ -59,13 +59,19 @@ std::optional<FrameLossHistory::Dump> FrameLossHistory::frameLostProcess(const f
         VDR_LOGE("VDR::frameLostProcess, currentDoneFrame is 0!");
         return std::nullopt;
     }
-    const SpinLockGuard guard(mFrameLostLock);
-    Step step = keep(*frame, current);
+    Step step;
+    {
+        const SpinLockGuard guard(mFrameLostLock);
+        step = keep(*frame, current);
+        if (step.dump.has_value()) {
+            // Before anybody stops the recorder, who would find a loss without a file under way
+            // and complete it, or announces another one, which would get this file.
+            step.dump->file = mCompletions.expectFile();
+        }
+    }
     tell(step, current);
     if (step.dump.has_value()) {
-        // Before anybody stops the recorder, who would find a loss without a file under way and
-        // complete it, or announces another one, which would get this file.
-        step.dump->file = mCompletions.requestFile();
+        mCompletions.requestFile(step.dump->file);
     }
     return std::move(step.dump);
 }

@@ -57,7 +57,7 @@ public:
     void resetExceeded() { mFrameLostExceedFlag = false; }
 
 private:
-    // What a done frame led to.
+    // What a done frame led to. It is told once the lock is released.
     struct Step {
         enum class Kind { kNothing, kDue, kMerged, kOverflow } kind = Kind::kNothing;
         uint32_t lossCount = 0;  // pending ones, before this frame
