@@ -4,7 +4,7 @@
 
 #include "records/VDRData1.h"
 #include "records/VDRData2.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {

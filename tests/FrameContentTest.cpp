@@ -4,14 +4,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <string>
 #include <utility>
 
 #include "records/VDRData1.h"
 #include "records/makeFrameContent.h"
-#include "tests/RecorderTest.h"
-#include "tests/ReferenceLine.h"
+#include "testing/RecorderTest.h"
+#include "testing/SteppedLine.h"
 
 namespace zk::test {
 namespace {
@@ -69,7 +70,7 @@ protected:
     // log with the reference. Returns whether the line fits.
     static bool rendersAsFormatted(const Record& record, const Destination& destination) {
         Destination expected = destination;
-        const bool fits = ReferenceLine::render(record.data(), expected.data());
+        const bool fits = appendSteppedLine(record.data(), expected.data());
         for (const int level : {1, 2}) {
             forgetLog();
             Destination actual = destination;
@@ -95,7 +96,7 @@ TEST_F(FrameContentTest, ArbitraryRecords_AreCutAtTheEndOfTheBuffer_WhereverThat
         power = power < UINT64_MAX / 10 ? power * 10 : 1;
         rendersAsFormatted(record, textOf(random() % (kFrameRecordSize + 1)));
         Destination line = textOf(0);
-        if (ReferenceLine::render(record.data(), line.data())) {
+        if (appendSteppedLine(record.data(), line.data())) {
             const size_t longest = kFrameRecordSize - 1 - std::strlen(line.data());
             EXPECT_TRUE(rendersAsFormatted(record, textOf(longest)));
             EXPECT_FALSE(rendersAsFormatted(record, textOf(longest + 1)));
@@ -112,7 +113,7 @@ TEST_F(FrameContentTest, Line_IsTheSameInEveryLocale) {
     for (uint32_t i = 0; i < 50; ++i) {
         records.push_back(randomRecord(random, 100));  // of floats, every fourth is a large one
         expected.push_back(textOf(0));
-        ReferenceLine::render(records.back().data(), expected.back().data());
+        appendSteppedLine(records.back().data(), expected.back().data());
     }
     for (const auto& [name, half] : {std::pair("de_DE", "0,5"), {"ps_AF", "0\u066B5"}}) {
         useNumbersOf(name);
@@ -127,6 +128,16 @@ TEST_F(FrameContentTest, Line_IsTheSameInEveryLocale) {
     }
 }
 
+// The longest column there is, where it ends with the buffer.
+TEST_F(FrameContentTest, LargestNumber_IsCutWhereverTheBufferEnds) {
+    constexpr float kLargest = -std::numeric_limits<float>::max();
+    Record record(kFrameRecordSize);
+    std::memcpy(&record[offsetof(vdr1::VDRData1, zoomRatio)], &kLargest, sizeof(kLargest));
+    for (size_t room = 1; room < 100; ++room) {
+        EXPECT_FALSE(rendersAsFormatted(record, textOf(kFrameRecordSize - room))) << room;
+    }
+}
+
 TEST_F(FrameContentTest, NothingToRender_IsLoggedAndAppendsNothing) {
     const Record record(kFrameRecordSize);
     Destination line = textOf(4);
@@ -134,8 +145,9 @@ TEST_F(FrameContentTest, NothingToRender_IsLoggedAndAppendsNothing) {
     makeFrameContent(1, nullptr, line.data());
     makeFrameContent(1, record.data(), nullptr);
     EXPECT_EQ(line, textOf(4));
-    EXPECT_EQ(countLogged("VDR level not match any!"), 1U);
-    EXPECT_EQ(countLogged("srcData/destData is nullptr!"), 2U);
+    const std::string prefix = " makeFrameContent<LINE>: VDR::makeFrameContent, ";
+    const std::string null = "E" + prefix + " srcData/destData is nullptr!";
+    EXPECT_EQ(transcript(""), (Lines{"I" + prefix + "VDR level not match any!", null, null}));
 }
 
 }  // namespace

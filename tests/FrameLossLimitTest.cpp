@@ -1,7 +1,7 @@
 #include "frameloss/FrameLossLimit.h"
 
 #include "platform/host/ClockControl.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {
@@ -51,6 +51,7 @@ TEST_F(FrameLossLimitTest, DayAndHistory_DecideWhetherALossIsRecorded) {
 
 TEST_F(FrameLossLimitTest, OverflowedHistory_RefusesLossesUntilTheSessionEnds) {
     openSession();
+    host::advanceWallClock(kSecond);  // the day has started
     play("!41 101-200");
     announceLoss(250, 2);
     announceLoss(251, 2);
@@ -66,6 +67,7 @@ TEST_F(FrameLossLimitTest, OverflowedHistory_RefusesLossesUntilTheSessionEnds) {
     EXPECT_EQ(settlement(), "done");
     play("!330 300-360");
     EXPECT_EQ(dumps(kLossFolder), "41: 101-200; 330: 300-330");
+    EXPECT_EQ(countLogged("update frame lost record count"), 0U);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 #include "frameloss/FrameLoss.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {
@@ -24,6 +24,9 @@ const Story kStories[] = {
          "46: 10 12 14 16 18 20-29"},
         {"numbers that wrap", "4294967250-4294967279 !4294967280 4294967281-4294967295 0 1-14",
          "-16: 4294967250-4294967278"},
+        {"100th frame is 30 after it: overflow", "1-40 !41 42-70 42-70 42-52 71 72-110",
+         "41: 11-40 42-70 42-70 42-52 71"},
+        {"two, too few frames before the first: let go", "!41 !80 42-110", "80: 50-80"},
         {"close: one file for the later", "1-40 !41 !50 42-49 51-80", "50: 11-40 42-49"},
         {"30 frames apart: one file", "1-40 !41 42-60 !71 61-101", "71: 11-40 42-71"},
         {"31 frames apart: two files", "1-40 !41 !72 42-71 73-102", "41: 11-40; 72: 42-71"},

@@ -19,18 +19,14 @@ std::string parsed(const std::string& json) {
            std::to_string(request.endFrame) + " " + std::to_string(request.bufferSize);
 }
 
-std::string times(int count, const std::string& part) {
-    std::string all;
-    for (int i = 0; i < count; ++i) {
-        all += part;
-    }
-    return all;
-}
-
 const std::string kRead = "a 0 0 0";
 const std::string kEmpty = " 0 0 0";
 
+// The parser ends the process at a value below its thousandth level.
 TEST(LivePhotoRequestTest, UntrustedText_ReadsAsFarAsItCan) {
+    const std::string member = R"({"id":"a","x":)";
+    const std::string brackets(998, '[');
+    const std::string blanks(16384 - 10, ' ');
     const Text rows[] = {
             {"whole", R"({"id":"a","startFrame":1,"endFrame":4294967295,"bufferSize":4096})",
              "a 1 4294967295 4096"},
@@ -43,26 +39,11 @@ TEST(LivePhotoRequestTest, UntrustedText_ReadsAsFarAsItCan) {
              "{\"id\":/*{*/12,\"startFrame\":7//[\n,\"endFrame\":", "12 7 0 0"},
             {"NUL in a string", std::string(R"({"id":"a)") + '\0' + R"(b"})",
              std::string("a\0b 0 0 0", 9)},
-    };
-    for (const Text& row : rows) {
-        EXPECT_EQ(parsed(row.json), row.expected) << row.name;
-    }
-}
-
-// The parser ends the process at a value below its thousandth level.
-TEST(LivePhotoRequestTest, TextTooDeepOrTooLong_HasNoMembers) {
-    const std::string member = R"({"id":"a","x":)";
-    const std::string brackets(998, '[');
-    const std::string blanks(16384 - 10, ' ');
-    const Text rows[] = {
             {"999 levels", member + brackets + "1" + std::string(998, ']') + "}", kRead},
             {"1000 levels", member + "[" + brackets + "1" + std::string(999, ']') + "}", kEmpty},
-            {"objects", times(1000, R"({"id":)") + "1", kEmpty},
             {"open ones", member + brackets, kRead},
             {"one more", member + brackets + "{", kEmpty},
-            {"in a string", member + '"' + brackets + "\"}", kRead},
             {"one more in a string", member + '"' + brackets + "[\"}", kEmpty},
-            {"in a comment, closed by others", member + "/*[*/" + times(998, "[]") + "}", kEmpty},
             {"as long as may be", R"({"id":"a"})" + blanks, kRead},
             {"longer", R"({"id":"a"})" + blanks + " ", kEmpty},
     };

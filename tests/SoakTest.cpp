@@ -8,7 +8,7 @@
 #include "platform/host/MonitoringService.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {

@@ -1,17 +1,20 @@
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <functional>
 
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
-// Every write of a record into a shared file comes by here and can be answered otherwise.
+// Every write of a record into a shared file comes by here and can be answered otherwise, and every
+// question about a file.
 
 namespace {
 
 using Write = std::function<ssize_t(int fd, const void* data, size_t size, off_t offset)>;
 Write writeOtherwise;
+enum class Stat { kUsual, kDevice, kFails } statOtherwise = Stat::kUsual;
 
 }  // namespace
 
@@ -19,6 +22,15 @@ extern "C" {
 ssize_t __real_pwrite(int fd, const void* data, size_t size, off_t offset);
 ssize_t __wrap_pwrite(int fd, const void* data, size_t size, off_t offset) {
     return (writeOtherwise ? writeOtherwise : __real_pwrite)(fd, data, size, offset);
+}
+int __real_fstat(int fd, struct stat* status);
+int __wrap_fstat(int fd, struct stat* status) {
+    const int result = __real_fstat(fd, status);
+    if (statOtherwise == Stat::kDevice) {
+        status->st_mode = S_IFCHR;
+        status->st_size = 0;
+    }
+    return statOtherwise == Stat::kFails ? -1 : result;
 }
 }
 
@@ -33,6 +45,7 @@ TEST_F(SharedBufferFaultsTest, WriteThatIsCutOrFails_IsContinuedOrAnswersStateZe
         const char* name;
         int state;
         Write write;
+        Stat stat = Stat::kUsual;
     };
     const Row rows[] = {
             {"interrupted, then in pieces", 1,
@@ -51,6 +64,8 @@ TEST_F(SharedBufferFaultsTest, WriteThatIsCutOrFails_IsContinuedOrAnswersStateZe
                  const ssize_t written = __real_pwrite(fd, data, size, offset);
                  return ftruncate(fd, kFrameRecordSize) == 0 ? written : -1;
              }},
+            {"device that tells its size by seeking only", 1, nullptr, Stat::kDevice},
+            {"nobody knows what it is", 1, nullptr, Stat::kFails},
     };
     openSession();
     std::string reply;
@@ -63,8 +78,10 @@ TEST_F(SharedBufferFaultsTest, WriteThatIsCutOrFails_IsContinuedOrAnswersStateZe
         const int fd = memfd_create("buffer", MFD_CLOEXEC);
         ASSERT_EQ(ftruncate(fd, 2 * kFrameRecordSize), 0);
         writeOtherwise = row.write;
+        statOtherwise = row.stat;
         recorder().PostDataForLivePhoto(fd, R"({"endFrame":9,"bufferSize":8192})");
         writeOtherwise = nullptr;
+        statOtherwise = Stat::kUsual;
         EXPECT_NE(reply.find("\"state\" : " + std::to_string(row.state)), std::string::npos)
                 << row.name << reply;
         frameData second{};

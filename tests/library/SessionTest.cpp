@@ -22,7 +22,7 @@
 #include "records/FieldTags.h"
 #include "records/VDRData1Layout.h"
 #include "records/frameData.h"
-#include "tests/ReferenceLine.h"
+#include "testing/SteppedLine.h"
 
 namespace zk::test {
 namespace {
@@ -127,7 +127,7 @@ TEST_P(SessionTest, Dumps_HoldEveryRecordAndTheLinesThatLedUpToTheLoss) {
         records.append(reinterpret_cast<const char*>(record.bytes), kFrameRecordSize);
         if (frame >= kLost - 30 && frame <= kLost) {
             char line[kFrameRecordSize] = "";
-            ASSERT_TRUE(ReferenceLine::render(record.bytes, line));
+            ASSERT_TRUE(appendSteppedLine(record.bytes, line));
             lines += line;
         }
     }
