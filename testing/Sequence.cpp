@@ -18,9 +18,9 @@
 #include "platform/host/PropertyControl.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
-#include "records/VDRData1.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 #include "sysstatus/SysStatusCollection.h"
+#include "testing/FieldPlace.h"
 
 namespace zk::test {
 namespace {
@@ -32,10 +32,6 @@ constexpr uint64_t kLastIgnoredLoss = 10;        // frame number
 
 constexpr host::FileCall kFileCalls[] = {host::FileCall::kOpen, host::FileCall::kWrite,
                                          host::FileCall::kClose, host::FileCall::kChangeMode};
-
-#define VDR_SCALAR_SIZE(field) sizeof(vdr1::VDRData1::field),
-#define VDR_ARRAY_SIZE(field, count) sizeof(vdr1::VDRData1::field[0]),
-constexpr size_t kFieldSizes[] = {VDR1_FIELDS(VDR_SCALAR_SIZE, VDR_ARRAY_SIZE)};
 
 class ForeignEvent : public Orn::IEventBase {
 public:
@@ -96,7 +92,7 @@ uint32_t Sequence::tagId() {
 }
 
 std::vector<uint8_t> Sequence::fieldFor(uint32_t tag) {
-    std::vector<uint8_t> field(tag < tag::kCount ? kFieldSizes[tag] : 1, byte());
+    std::vector<uint8_t> field(tag < tag::kCount ? kFieldPlaces[tag].size : 1, byte());
     mInput.takeTo(field.data(), std::min<size_t>(field.size(), 8));
     std::replace(field.begin(), field.end(), uint8_t{'\n'}, uint8_t{'\t'});  // a line per frame
     return field;
