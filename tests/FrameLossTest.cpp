@@ -148,6 +148,7 @@ TEST_F(FrameLossTest, OverflowedHistory_RefusesLossesUntilTheSessionEnds) {
     play("!330 300-360");
     EXPECT_EQ(dumps(kLossFolder), "41: 101-200; 330: 300-330");
     EXPECT_EQ(countLogged("update frame lost record count"), 0U);
+    EXPECT_EQ(countLogged("no exceed limit, recordCount=100, "), 1U) << "the lines of the file";
 }
 
 }  // namespace

@@ -49,13 +49,17 @@ TEST_F(FrameLostTxtFileTest, File_HoldsTheRenderedRecordsAndIsEverybodys) {
     }
     layFile(kPath, "what an earlier process left");
     std::string calls;
-    host::setFileCallHandler([&](host::FileCall call) { calls += "OWCM"[static_cast<int>(call)]; });
+    host::setFileCallHandler([&](host::FileCall call) {
+        if (call != host::FileCall::kOpen) {  // the sampler's too
+            calls += "OWCM"[static_cast<int>(call)];
+        }
+    });
     const mode_t mask = umask(077);
     play("!41 42-71");
     EXPECT_EQ(files(kLossFolder)[kName], expected);
     umask(mask);
     host::setFileCallHandler(nullptr);
-    EXPECT_EQ(calls, "O" + std::string(30, 'W') + "CM");
+    EXPECT_EQ(calls, std::string(30, 'W') + "CM");
     EXPECT_EQ(std::filesystem::status(onHost(kPath)).permissions(), std::filesystem::perms::all);
 }
 
@@ -114,8 +118,11 @@ TEST_F(FrameLostTxtFileTest, Stop_CompletesEveryLoss_TheLatestAfterItsFiles) {
                              kPromiseLeft}));
     EXPECT_EQ(settlement(kNow) + settlement(kNow + 1) + settlement(kNow + 2), "donedonepending");
     std::atomic<bool> isEarly{false};
-    host::setFileCallHandler([&, latest = SyncManager::getInstance()->getFuture(kNow + 2)](auto) {
-        isEarly = isEarly || latest.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    const auto latest = SyncManager::getInstance()->getFuture(kNow + 2);
+    host::setFileCallHandler([&](host::FileCall call) {
+        isEarly =
+                isEarly || (call != host::FileCall::kOpen &&
+                            latest.wait_for(std::chrono::seconds(0)) == std::future_status::ready);
     });
     host::restartThreadPool();  // several writers at once
     EXPECT_EQ(dumps(kLossFolder), "43: 11-40 42-43; 100: 70-99");
