@@ -143,6 +143,7 @@ TEST_F(LivePhotoTest, QueueHoldsTheNewest180_UntilTheSessionEnds) {
     Frames newest(180);
     std::iota(newest.begin(), newest.end(), 2);
     EXPECT_EQ(allFrames(), newest);
+    EXPECT_EQ(framesFor(180, 999), (Frames{180, 181})) << "many are dropped at once";
     closeSession();
     recorder().DoneDataForLivePhoto(181);
     EXPECT_EQ(allFrames(), Frames{});
