@@ -9,9 +9,13 @@
 #include "tools/plot/PlotSink.h"
 #include "tools/sink/CsvSink.h"
 #include "tools/sink/DumpPass.h"
+#include "tools/sink/InfoJsonSink.h"
 #include "tools/sink/InfoSink.h"
 #include "tools/sink/NdjsonSink.h"
+#include "tools/sink/ShowSink.h"
 #include "tools/sink/SqliteSink.h"
+#include "tools/sink/TableSink.h"
+#include "tools/sink/printFields.h"
 
 namespace {
 
@@ -21,23 +25,29 @@ std::unique_ptr<vdrdump::RecordSink> makeSink(const CommandLine& line,
                                               vdrdump::Progress& progress) {
     switch (line.command) {
         case CommandLine::Command::Info:
+            if (line.isJson) {
+                return std::make_unique<vdrdump::InfoJsonSink>();
+            }
             return std::make_unique<vdrdump::InfoSink>(progress);
         case CommandLine::Command::Show:
-            return std::make_unique<vdrdump::ShowSink>(line.choice);
+            if (line.isTable) {
+                return std::make_unique<vdrdump::TableSink>(line.fields);
+            }
+            return std::make_unique<vdrdump::ShowSink>(line.fields);
         case CommandLine::Command::Plot:
-            return std::make_unique<vdrdump::PlotSink>(line.output, line.session);
-        case CommandLine::Command::Export:
+            return std::make_unique<vdrdump::PlotSink>(line.output, line.selection, line.fields);
+        default:
             break;
     }
     switch (line.format) {
         case CommandLine::Format::Csv:
-            return std::make_unique<vdrdump::CsvSink>(line.output);
+            return std::make_unique<vdrdump::CsvSink>(line.output, line.fields);
         case CommandLine::Format::Ndjson:
-            return std::make_unique<vdrdump::NdjsonSink>(line.output);
+            return std::make_unique<vdrdump::NdjsonSink>(line.output, line.fields);
         case CommandLine::Format::Sqlite:
             break;
     }
-    return std::make_unique<vdrdump::SqliteSink>(line.output);
+    return std::make_unique<vdrdump::SqliteSink>(line.output, line.fields);
 }
 
 bool printsWhileReading(const CommandLine& line) {
@@ -46,9 +56,13 @@ bool printsWhileReading(const CommandLine& line) {
 }
 
 bool run(const CommandLine& line) {
+    if (line.command == CommandLine::Command::Fields) {
+        return vdrdump::printFields(line.fieldNames, line.namesOnly);
+    }
     vdrdump::Progress progress(line.files, !printsWhileReading(line) || isatty(STDOUT_FILENO) == 0);
     const std::unique_ptr<vdrdump::RecordSink> sink = makeSink(line, progress);
     vdrdump::DumpPass pass(*sink, progress, stderr);
+    pass.choose(line.selection);
     bool isWhole = true;
     for (const std::string& file : line.files) {
         isWhole &= pass.readFile(file);

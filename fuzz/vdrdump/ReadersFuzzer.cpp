@@ -43,8 +43,8 @@ public:
             std::abort();
         }
     }
-    void endFile(uint64_t records, const vdrdump::DamageLog&) override {
-        if (records != mRecords || mInSessions != mRecords) {
+    void endFile(const vdrdump::DumpEnd& end) override {
+        if (end.records != mRecords || mInSessions != mRecords) {
             std::abort();
         }
         mCurves.table();
@@ -57,7 +57,7 @@ private:
     uint64_t mInSessions = 0;
     uint64_t mLastIndex = 0;
     vdrdump::SessionStatistics mStatistics;
-    vdrdump::PlotCurves mCurves;
+    vdrdump::PlotCurves mCurves{vdrdump::panelsOf({})};
 };
 
 }  // namespace

@@ -33,12 +33,16 @@ Frame tellingFrame(uint32_t number) {
     return result;
 }
 
+// Its first 100 bytes.
+std::string cutFrame() {
+    return binaryOf({frame(3)}).substr(0, 100);
+}
+
 TEST(Ndjson, KeepsArraysAndDigits) {
     const TempFolder folder;
     const std::string text =
             folder.file("VIDEO_DEBUG_20240301_120000_00000042.txt", textOf({tellingFrame(41)}));
-    const std::string dump =
-            folder.file("a.bin", binaryOf({tellingFrame(1)}) + std::string(100, '\0'));
+    const std::string dump = folder.file("a.bin", binaryOf({tellingFrame(1)}) + cutFrame());
     const Program program = run({"export", text, dump, "--format", "ndjson"});
     EXPECT_EQ(program.status, 1);  // for the cut record
     std::istringstream lines(program.out);
@@ -102,22 +106,24 @@ private:
 TEST(Sqlite, KeepsTypesAndKeys) {
     const TempFolder folder;
     const std::string first = folder.file("a.bin", binaryOf({frame(1), frame(2), frame(5)}));
-    const std::string second =
-            folder.file("b.bin", binaryOf({frame(900), tellingFrame(1)}) + std::string(100, '\0'));
+    const std::string second = folder.file(
+            "b.bin",
+            binaryOf({frame(898), frame(899), frame(900), tellingFrame(1), frame(2)}) + cutFrame());
     const std::string path = folder.path("out.db");
     ASSERT_EQ(run({"export", first, second, "--format", "sqlite", "-o", path}).status, 1);
     const Database database(path);
     EXPECT_EQ(database.ask("SELECT file, path, kind, lostFrame, records, isDamaged FROM files"),
-              "1|" + first + "|binary|-|3|0\n2|" + second + "|binary|-|3|1\n");
+              "1|" + first + "|binary|-|3|0\n2|" + second + "|binary|-|6|1\n");
     EXPECT_EQ(database.ask("SELECT * FROM sessions"),
-              "1|1|3|1|5|2|0|0\n2|1|1|900|900|0|0|0\n2|2|2|0|1|0|0|1\n");
+              "1|1|3|1|5|2|0|0|0\n2|1|3|898|900|0|0|0|0\n2|2|3|1|3|0|0|0|0\n");
     EXPECT_EQ(database.ask("SELECT file, session, record, cslInfo_stamp, getGmeNcsDepGyro,"
                            " zoomRatio, sysStatusInfo_loadAvg1, ae_af_awb_info_short0"
                            " FROM frames WHERE file = 2 AND session = 2 ORDER BY record"),
-              "2|2|1|9007199254740991|18446744073709551614|1.234568|-|-7\n"
-              "2|2|2|0|-|0.0|0.0|-\n");
+              "2|2|3|9007199254740991|18446744073709551614|1.234568|-|-7\n"
+              "2|2|4|0|0|0.0|0.0|0\n"
+              "2|2|5|0|-|0.0|0.0|-\n");
     EXPECT_EQ(database.ask("SELECT * FROM pluginAlgoCostTime WHERE element = 1"),
-              "2|2|1|1|1|a\"\\x5c\\xff|9\n");
+              "2|2|3|1|1|a\"\\x5c\\xff|9\n");
     const std::string plan = database.ask(
             "EXPLAIN QUERY PLAN SELECT * FROM nodeInfo"
             " WHERE file = 1 AND session = 1 AND frameNumber = 2");

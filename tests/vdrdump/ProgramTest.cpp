@@ -5,7 +5,7 @@
 
 #include "tests/vdrdump/Dumps.h"
 #include "tests/vdrdump/Program.h"
-#include "tools/read/lostFrameOf.h"
+#include "tools/read/DumpName.h"
 
 namespace vdrdump::test {
 namespace {
@@ -176,14 +176,15 @@ TEST(Program, PlotThatFails_SaysSoAndLeavesTheOldOne) {
 }
 
 TEST(LostFrame, ComesFromTheNameOfATextFile) {
-    EXPECT_EQ(lostFrameOf("/a/VIDEO_DEBUG_20240301_120000_00001234.txt"), 1234U);
-    EXPECT_EQ(lostFrameOf("phone7_VIDEO_DEBUG_20240301_120000_123456789.txt"), 123456789U);
-    EXPECT_EQ(lostFrameOf("VIDEO_DEBUG_20240301_120000_-0000001.txt"), UINT32_MAX);
+    EXPECT_EQ(DumpName::of("/a/VIDEO_DEBUG_20240301_120000_00001234.txt").lostFrame, 1234U);
+    EXPECT_EQ(DumpName::of("phone7_VIDEO_DEBUG_20240301_120000_123456789.txt").lostFrame,
+              123456789U);
+    EXPECT_EQ(DumpName::of("VIDEO_DEBUG_20240301_120000_-0000001.txt").lostFrame, UINT32_MAX);
     for (const char* other :
          {"VIDEO_DEBUG_20240301_120000.bin", "VIDEO_DEBUG_20240301_120000_.txt", "-", "",
           "VIDEO_DEBUG_2024_120000_00001234.txt", "VIDEO_DEBUG_20240301_120000_00001234.txt.gz",
           "VIDEO_DEBUG_20240301_120000_99999999999.txt"}) {
-        EXPECT_EQ(lostFrameOf(other), std::nullopt) << other;
+        EXPECT_EQ(DumpName::of(other).lostFrame, std::nullopt) << other;
     }
 }
 
