@@ -3,10 +3,11 @@
 #include <utility>
 
 #include "frameloss/FrameLostTxtFile.h"
-#include "platform/FrameDropNotification.h"
 #include "platform/Log.h"
-#include "platform/OrnThreadManager.h"
+#include "platform/OrnEvent.h"
 #include "platform/SyncManager.h"
+#include "platform/enqueue.h"
+#include "platform/frameDropOf.h"
 
 // The monitoring service knows these messages under the name of the recorder that subscribed.
 #define VDR_LOG_EVENT(format, ...)                                              \
@@ -25,14 +26,14 @@ int32_t FrameLoss::ReceiveEvent(const std::shared_ptr<Orn::IEvent>& event) {
     if (event == nullptr) {
         return kNullEvent;
     }
-    if (const uint32_t id = event->GetEventId(); id != ZkCamera::FrameDropNotification::kEventId) {
+    if (const uint32_t id = event->GetEventId(); id != platform::kFrameDropEventId) {
         VDR_LOGW("VDR::ReceiveEvent, unknown eventId = %u", id);
         return 0;
     }
-    const std::shared_ptr<ZkCamera::FrameDropNotification> notification =
-            ZkCamera::FrameDropNotification::from(*event);
-    if (notification != nullptr) {
-        frameDropped(notification->mTimeStamp, notification->mFrameNumber);
+    uint64_t timeStamp = 0;
+    uint64_t frameNumber = 0;
+    if (platform::frameDropOf(*event, timeStamp, frameNumber)) {
+        frameDropped(timeStamp, frameNumber);
     }
     return 0;
 }
@@ -89,11 +90,11 @@ void FrameLoss::enqueueFile(FrameLossHistory::Dump dump, LossCompletions::File f
         mHistory.giveBack(std::move(dump.frames));
         return;
     }
-    OrnThreadManager::GetInstance()->enqueue(
-            [self = shared_from_this(), dump = std::move(dump), file]() mutable {
-                --self->mWaitingFiles;
-                self->writeFile(dump, file);
-            });
+    auto shared = std::make_shared<FrameLossHistory::Dump>(std::move(dump));
+    platform::enqueue([self = shared_from_this(), shared, file] {
+        --self->mWaitingFiles;
+        self->writeFile(*shared, file);
+    });
 }
 
 void FrameLoss::writeFile(FrameLossHistory::Dump& dump, const LossCompletions::File& file) {

@@ -8,9 +8,9 @@
 #include "platform/CameraMemoryItemInfo.h"
 #include "platform/Clock.h"
 #include "platform/DfxMonitorAgency.h"
-#include "platform/FrameDropNotification.h"
 #include "platform/Log.h"
 #include "platform/Properties.h"
+#include "platform/frameDropOf.h"
 #include "records/FieldTags.h"
 #include "records/RecordLevel.h"
 #include "records/makeName2Tag.h"
@@ -47,7 +47,7 @@ ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
     if (mEventClient == nullptr) {
         VDR_LOGE("%s is true!", "mEventClient == nullptr");
     } else {
-        SubscribeEvent({ZkCamera::FrameDropNotification::kEventId});
+        SubscribeEvent({platform::kFrameDropEventId});
     }
     mFrameLoss->startDay(platform::wallClockSeconds());
     VDR_LOGI(

@@ -9,6 +9,7 @@
 
 #include "platform/BoundedMemory.h"
 #include "platform/Files.h"
+#include "platform/thermalStateWord.h"
 
 namespace zk {
 namespace {
@@ -55,7 +56,6 @@ SystemStatusReader::SystemStatusReader() {
     }
     mThermalObserver = CameraHalThermal::ThermalService::GetInstance()->GetThermalEscapeObserver(
             "thermalLevel");
-    mCaptureCounter.Init();
 }
 
 void SystemStatusReader::close() {
@@ -64,7 +64,7 @@ void SystemStatusReader::close() {
             platform::closeFile(file);
         }
     }
-    mCaptureCounter.UnInit();
+    mCaptureCounter.close();
 }
 
 void SystemStatusReader::read() {
@@ -122,14 +122,14 @@ void SystemStatusReader::readMemory() {
             break;
         }
     }
-    mUsedMem = mCaptureCounter.CountUsedMem();
+    mUsedMem = mCaptureCounter.usedMemory();
 }
 
 void SystemStatusReader::readThermal() {
     if (mThermalObserver == nullptr) {
         return;
     }
-    const uint32_t word = mThermalObserver->stateWord();
+    const uint32_t word = platform::thermalStateWord(*mThermalObserver);
     mThermalLevel = (word >> kThermalLevelShift) & kThermalLevelMask;
     mThermalEscapeState = (word >> kThermalEscapeShift) & kThermalEscapeMask;
 }

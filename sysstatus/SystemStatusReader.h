@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "platform/CaptureNumCalc.h"
+#include "platform/CaptureCounter.h"
 #include "platform/ThermalService.h"
 #include "sysstatus/SysStatusCollection.h"
 
@@ -64,7 +64,7 @@ private:
 
     std::array<std::FILE*, kFiles> mFiles{};
     std::shared_ptr<CameraHalThermal::ThermalEscapeObserver> mThermalObserver;  // may be null
-    KoOrn::CaptureNumCalc mCaptureCounter;
+    platform::CaptureCounter mCaptureCounter;
 
     std::array<int32_t, kIntegerFiles> mReadings{};
     uint32_t mMemFree = 0;       // kB

@@ -152,12 +152,12 @@ TEST_F(FrameLostTxtFileTest, LinksAndPipesInPlaceOfFiles_AreNotOpened) {
         std::filesystem::create_symlink(onHost("/data/innocent"), onHost(path));
     }
     play("11-40 !41 41-71");
+    host::waitForThreadPool();
     EXPECT_EQ(readFile("/data/innocent"), "whole");
     for (const std::string& path : {kPath, bin}) {
         std::filesystem::remove(onHost(path));
         ASSERT_EQ(mkfifo(onHost(path).c_str(), 0666), 0);
     }
-    host::waitForThreadPool();
     play("stop open 11-40 !41 41-71 stop");
     host::waitForThreadPool();
     EXPECT_EQ(countLogged("writeTxtForPreviewFrameLost, " + kPath + " open fail!"), 2U);

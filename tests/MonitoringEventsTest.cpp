@@ -1,6 +1,6 @@
 #include "frameloss/FrameDropEvents.h"
-#include "platform/FrameDropNotification.h"
 #include "platform/host/ClockControl.h"
+#include "platform/host/FrameDropNotification.h"
 #include "platform/host/MonitoringService.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "platform/DfxMonitorAgency.h"
-#include "platform/FrameDropNotification.h"
+#include "platform/host/FrameDropNotification.h"
 
 namespace zk::host {
 

@@ -1,9 +1,10 @@
-#include "platform/OrnThreadManager.h"
+#include "platform/enqueue.h"
 
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/Log.h"
@@ -107,12 +108,7 @@ Pool& pool() {
 
 }  // namespace
 
-OrnThreadManager* OrnThreadManager::GetInstance() {
-    static auto* manager = new OrnThreadManager;
-    return manager;
-}
-
-void OrnThreadManager::enqueueTask(std::function<void()> task) {
+void platform::enqueue(std::function<void()> task) {
     pool().enqueue(std::move(task));
 }
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
+// In the place of the camera stack's own header: what platform/device/ takes for granted of it.
 namespace KoOrn {
 
-// The camera stack's counter of the memory that captures hold. One thread at a time.
 class CaptureNumCalc {
 public:
     void Init();
