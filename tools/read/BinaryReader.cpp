@@ -83,16 +83,15 @@ BinaryReader::Step BinaryReader::outOfStep(const BlockView& view) const {
     if (isWhole && view.isBorneOut(kBlock, last)) {
         return {isRecord ? Step::Kind::Record : Step::Kind::Pass, kBlock};
     }
-    for (size_t at = 1; at < std::min(kBlock, view.size()); ++at) {
-        if (view.isChain(at, last)) {
-            const bool isCut = BlockView::isNear(view.number(at), view.number(0));
-            return {isCut ? Step::Kind::CutRecord : Step::Kind::Pass, at};
-        }
+    const size_t end = std::min(kBlock, view.size());
+    if (const size_t at = view.findChain(1, end, last); at != end) {
+        const bool isCut = BlockView::isNear(view.number(at), view.number(0));
+        return {isCut ? Step::Kind::CutRecord : Step::Kind::Pass, at};
     }
     if (!isRecord) {
-        return {Step::Kind::Pass, std::min(kBlock, view.size())};
+        return {Step::Kind::Pass, end};
     }
-    return {isWhole ? Step::Kind::Record : Step::Kind::CutRecord, std::min(kBlock, view.size())};
+    return {isWhole ? Step::Kind::Record : Step::Kind::CutRecord, end};
 }
 
 void BinaryReader::pass(size_t size) {
@@ -107,7 +106,8 @@ void BinaryReader::reportPassed(const char* upTo) {
     }
     if (mDamage.add(Damage::PassedBytes)) {
         mDamage.describe(mWindow.offset() - mPassed,
-                         "a record, passed " + std::to_string(mPassed) + " bytes to " + upTo);
+                         "a record, passed " + std::to_string(mPassed) +
+                                 (mPassed == 1 ? " byte to " : " bytes to ") + upTo);
     }
     mDamage.addPassed(mPassed);
     mPassed = 0;

@@ -38,16 +38,24 @@ bool BlockView::isSound(size_t at) const {
 }
 
 bool BlockView::isChain(size_t at, uint32_t last) const {
-    if (!holds(at)) {
+    constexpr size_t kBeyondDoubt = 3;
+    if (!holds(at) || !isSound(at)) {
         return false;
     }
-    const uint32_t first = number(at);
-    if (holds(at + kBlock)) {
-        return follows(first, number(at + kBlock)) && isSound(at) && isSound(at + kBlock);
+    size_t length = 1;
+    size_t next = at + kBlock;
+    while (length < kBeyondDoubt && holds(next) && follows(number(next - kBlock), number(next)) &&
+           isSound(next)) {
+        ++length;
+        next += kBlock;
     }
-    const bool isNumberAhead = holds(at + kBlock, sizeof(uint32_t));
-    return mIsEnd && (isNumberAhead ? follows(first, number(at + kBlock)) : follows(last, first)) &&
-           isSound(at);
+    const bool goesOn = follows(last, number(at));
+    const bool isLast = mIsEnd && !holds(next);
+    if (length == 1) {
+        const bool isNumberAhead = holds(next, sizeof(uint32_t));
+        return isLast && (isNumberAhead ? follows(number(at), number(next)) : goesOn);
+    }
+    return length == kBeyondDoubt || goesOn || isLast;
 }
 
 bool BlockView::isBorneOut(size_t at, uint32_t last) const {
@@ -60,6 +68,30 @@ bool BlockView::isBorneOut(size_t at, uint32_t last) const {
         }
     }
     return mIsEnd && holds(at, sizeof(uint32_t)) && isNear(last, number(at));
+}
+
+size_t BlockView::findChain(size_t from, size_t end, uint32_t last) const {
+    constexpr size_t kWord =
+            sizeof(uint32_t);  // a number read from up to this far in front is none
+    size_t best = end;
+    uint32_t leastStep = UINT32_MAX;
+    for (size_t at = from; at < std::min(end, mSize); ++at) {
+        if (best != end && at >= best + kWord) {
+            break;
+        }
+        if (!isChain(at, last)) {
+            continue;
+        }
+        const bool hasNext = holds(at + kBlock, kWord);
+        const uint32_t step = isNear(last, number(at)) ? 0
+                              : hasNext                ? number(at + kBlock) - number(at)
+                                                       : kNear;
+        if (step < leastStep) {
+            leastStep = step;
+            best = at;
+        }
+    }
+    return best;
 }
 
 size_t BlockView::zeros() const {

@@ -26,11 +26,16 @@ public:
     bool hasTail(size_t at) const;
     // Counts within their arrays, too.
     bool isSound(size_t at) const;
-    // Sound, and the records behind it count on from it: where a record begins, beyond doubt. The
-    // last ones of a dump count on from `last`, the number of the last record known.
+    // Sound, and those behind it count on from it: where a record begins, beyond doubt. Where few
+    // are behind it, it counts on from `last`, the number of the last record known.
     bool isChain(size_t at, uint32_t last) const;
     // Whether blocks from `at` on, in steps of a block, bear out that records begin there.
     bool isBorneOut(size_t at, uint32_t last) const;
+
+    // Where, behind `from`, the first record begins before `end`; `end` where none does. Nearby
+    // bytes may look like one, too: a number near `last` goes first, then one that counts up
+    // slowly.
+    size_t findChain(size_t from, size_t end, uint32_t last) const;
 
     // Leading zeros.
     size_t zeros() const;

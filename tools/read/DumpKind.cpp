@@ -52,8 +52,10 @@ bool isPlausible(const uint8_t* bytes, size_t size) {
     const auto zoom = valueAt<float>(bytes + kZoom);
     bool isPlausible = (number < kMonth || number == zk::kNoFrameNumber) &&
                        (zoom == 0 || (zoom >= 0.01F && zoom <= 1000));
+    // A whole record shows what it is otherwise, and its counts may be anything.
     for (const ArrayField* array : kArrays) {
-        isPlausible &= size <= array->countOffset || bytes[array->countOffset] <= array->capacity;
+        isPlausible &= size == kBlock || size <= array->countOffset ||
+                       bytes[array->countOffset] <= array->capacity;
     }
     return isPlausible;
 }
@@ -63,12 +65,16 @@ bool isBinary(const uint8_t* bytes, size_t size, bool isEnd) {
     if (view.zeros() == size || (size < kBlock && isPlausible(bytes, size))) {
         return true;
     }
-    for (size_t at = 0; view.holds(at); ++at) {
-        const bool isOnGrid = at % kBlock == 0;
-        if (isOnGrid && view.hasTail(at) && isPlausible(bytes + at, kBlock)) {
-            return true;
-        }
-        if (view.holds(at, 2 * kBlock) && view.isChain(at, 0)) {
+    const size_t front = view.zeros() / kBlock * kBlock;
+    if (view.holds(front) && view.hasTail(front) && isPlausible(bytes + front, kBlock)) {
+        return true;
+    }
+    // Damaged in front; other files, too, have two places that look like records.
+    const auto isRecord = [&](size_t at) {
+        return view.isChain(at, 0) && isPlausible(bytes + at, kBlock);
+    };
+    for (size_t at = 0; view.holds(at, 3 * kBlock); ++at) {
+        if (isRecord(at) && isRecord(at + kBlock)) {
             return true;
         }
     }

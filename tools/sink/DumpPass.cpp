@@ -28,10 +28,10 @@ void reportMisnumbered(DamageLog& damage, const Record& record, const SessionSum
     if (!damage.add(Damage::Misnumbered)) {
         return;
     }
-    const std::string near = session.numbered == 0 ? "one near those behind it"
-                                                   : "one near " + std::to_string(session.last);
+    const std::string near =
+            session.numbered == 0 ? "those behind it" : std::to_string(session.last);
     damage.describe(record.offset,
-                    "a frame number, " + near + ", found " + std::to_string(record.frame()));
+                    "a frame number near " + near + ", found " + std::to_string(record.frame()));
 }
 
 }  // namespace

@@ -48,7 +48,7 @@ void InfoSink::endSession(const SessionSummary& session) {
     line("  missing", missingWords(session));
     countLine("  repeated", session.repeated);
     countLine("  late", session.late, " behind a later frame");
-    countLine("  no number", session.records - session.numbered, " records");
+    countLine("  no number", session.records - session.numbered - session.misnumbered, " records");
     line("  duration", clockWords(mStatistics.clock));
     videoLines();
     rangeLines();
