@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "tools/CommandLine.h"
+#include "tools/explain/explainDumps.h"
 #include "tools/plot/PlotSink.h"
 #include "tools/sink/CsvSink.h"
 #include "tools/sink/DumpPass.h"
@@ -58,6 +59,10 @@ bool printsWhileReading(const CommandLine& line) {
 bool run(const CommandLine& line) {
     if (line.command == CommandLine::Command::Fields) {
         return vdrdump::printFields(line.fieldNames, line.namesOnly);
+    }
+    if (line.command == CommandLine::Command::Explain) {
+        return vdrdump::explainDumps(
+                {line.files, line.selection.lost, line.log, line.names, line.isJson});
     }
     vdrdump::Progress progress(line.files, !printsWhileReading(line) || isatty(STDOUT_FILENO) == 0);
     const std::unique_ptr<vdrdump::RecordSink> sink = makeSink(line, progress);
