@@ -208,7 +208,9 @@ std::string Phrases::happened(const Comparison& comparison) const {
 
 std::string Phrases::standsOut() const {
     const Cause& cause = mFindings.cause;
-    return (cause.change ? change(*cause.change) + "; " : "") + happened(*cause.value);
+    const bool isLater = cause.value->frame > mFindings.lost.last + (mFindings.hasRecord ? 0 : 1);
+    return (cause.change ? change(*cause.change) + "; " : "") +
+           (isLater ? "nothing stands out up to there; later " : "") + happened(*cause.value);
 }
 
 std::string Phrases::slowAllocation() const {
@@ -227,15 +229,13 @@ std::string Phrases::heat() const {
 }
 
 std::string Phrases::noRecord() const {
-    const bool isOne = mFindings.lost.first == mFindings.lost.last;
-    const std::string start = std::string(isOne ? "it has" : "they have") +
-                              " no record, and nothing stands out in the frames around";
+    const std::string start = "no record, and nothing stands out around it";
     if (!mFindings.span) {
         return start;
     }
     const bool isSkipped = mFindings.span->usual - mFindings.span->time >
                            mFindings.clocks.frameInterval / 2;
-    return start + (isSkipped ? ", which leave no time for it: " : "; the sensor kept its pace: ") +
+    return start + (isSkipped ? "; the stamps leave no time for it: " : "; the sensor kept its pace: ") +
            span(*mFindings.span);
 }
 

@@ -154,6 +154,7 @@ void SegmentCollector::endFile(const DumpEnd& end) {
     for (size_t i = mFirstOfFile; i < mSegments.size(); ++i) {
         mSegments[i].isDamaged = end.damage.any();
     }
+    mRecords += end.records;
     if (mFile.kind != DumpKind::Binary && mFile.lostFrame) {
         announce(end);
     }

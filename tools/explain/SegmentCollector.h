@@ -31,6 +31,7 @@ public:
     bool isDone() const override { return false; }
 
     const std::vector<Segment>& segments() const { return mSegments; }
+    uint64_t records() const { return mRecords; }  // of all files, kept or not
     bool isFull() const { return mKept >= kMostKept; }
 
 private:
@@ -49,6 +50,7 @@ private:
     const bool mFindsGaps;
     std::vector<Segment> mSegments;
     size_t mKept = 0;  // in all segments
+    uint64_t mRecords = 0;
 
     DumpFile mFile;
     size_t mFirstOfFile = 0;  // segment

@@ -75,7 +75,11 @@ bool explainDumps(const ExplainRequest& request) {
         isWhole &= pass.readFile(file);
     }
     progress.clear();
+    const bool isNothingRead = !isWhole && collector.records() == 0;
     const Explanations explanations = explain(collector, announcements, request.lost);
+    if (explanations.losses.empty() && isNothingRead && !request.isJson) {
+        return false;  // what is wrong has been said, and of losses nothing is known
+    }
     Output output("-");
     output.append(request.isJson ? explanationJson(explanations, names)
                                  : explanationText(explanations, names));

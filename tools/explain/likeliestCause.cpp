@@ -1,7 +1,5 @@
 #include "tools/explain/likeliestCause.h"
 
-#include <algorithm>
-
 namespace vdrdump {
 namespace {
 
@@ -23,15 +21,18 @@ int rankOf(Quantity quantity) {
     }
 }
 
-// What comes behind the lost frame did not lose it, unless nothing before stands out.
-std::optional<Comparison> strongest(const Findings& findings) {
-    const uint32_t upTo = findings.lost.last + (findings.hasRecord ? 0 : 1);
+// What comes behind the lost frame did not lose it.
+bool isBehind(const Comparison& value, const Findings& findings) {
+    return value.frame > uint64_t{findings.lost.last} + (findings.hasRecord ? 0 : 1);
+}
+
+std::optional<Comparison> strongest(const Findings& findings, bool isBehindLoss) {
     std::optional<Comparison> best;
     for (const Comparison& each : findings.standsOut) {
-        if (!best || (best->frame > upTo && each.frame <= upTo)) {
-            best = each;
-        } else if (each.frame == best->frame && each.excess() >= best->excess() / 2 &&
-                   rankOf(each.subject.quantity) > rankOf(best->subject.quantity)) {
+        const bool isMoreSpecific =
+                best && each.frame == best->frame && each.excess() >= best->excess() / 2 &&
+                rankOf(each.subject.quantity) > rankOf(best->subject.quantity);
+        if (isBehind(each, findings) == isBehindLoss && (!best || isMoreSpecific)) {
             best = each;
         }
     }
@@ -76,8 +77,16 @@ bool isPause(const Findings& findings) {
                    kPauseShare * findings.clocks.frameInterval;
 }
 
-bool isOfFrame(const SlowAllocation& allocation, const Findings& findings) {
-    return findings.hasRecord && allocation.frame == findings.lost.first;
+// Recorded with the lost frame, or with the one whose value stands out.
+const SlowAllocation* ownAllocation(const Findings& findings,
+                                    const std::optional<Comparison>& value) {
+    for (const SlowAllocation& allocation : findings.allocations) {
+        if ((findings.hasRecord && allocation.frame == findings.lost.first) ||
+            (value && allocation.frame == value->frame)) {
+            return &allocation;
+        }
+    }
+    return nullptr;
 }
 
 Cause ofAllocation(const SlowAllocation& allocation, const std::optional<Comparison>& value) {
@@ -142,11 +151,8 @@ Cause likeliestCause(const Findings& findings, bool isMeasured) {
         cause.value = findings.stuck->work;
         return cause;
     }
-    const auto value = strongest(findings);
-    const auto own = std::find_if(
-            findings.allocations.begin(), findings.allocations.end(),
-            [&findings](const auto& allocation) { return isOfFrame(allocation, findings); });
-    if (own != findings.allocations.end()) {
+    const auto value = strongest(findings, false);
+    if (const SlowAllocation* own = ownAllocation(findings, value)) {
         return ofAllocation(*own, value);
     }
     if (value) {
@@ -155,7 +161,11 @@ Cause likeliestCause(const Findings& findings, bool isMeasured) {
     if (!findings.allocations.empty()) {
         return ofAllocation(findings.allocations.front(), std::nullopt);
     }
-    return ofCircumstances(findings, isMeasured);
+    const Cause circumstances = ofCircumstances(findings, isMeasured);
+    const bool tellsNothing = circumstances.kind == Cause::Kind::None ||
+                              circumstances.kind == Cause::Kind::NoRecord;
+    const auto behind = strongest(findings, true);
+    return tellsNothing && behind ? ofValue(*behind, findings) : circumstances;
 }
 
 }  // namespace vdrdump
