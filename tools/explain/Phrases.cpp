@@ -166,7 +166,7 @@ std::string Phrases::stuck(const StuckAt& stuck) const {
 std::string Phrases::span(const GapSpan& span) const {
     const bool isKnown = mFindings.clocks.ticksPerSecond.has_value();
     return "frames " + std::to_string(span.before) + " and " + std::to_string(span.behind) +
-           " are " + time(span.time, isKnown) + " apart, " + time(span.usual, isKnown) +
+           " are " + time(span.time, isKnown) + " apart, where " + time(span.usual, isKnown) +
            " is usual";
 }
 
