@@ -3,6 +3,7 @@
 packages_build=(g++ cmake ninja-build libjsoncpp-dev libcli11-dev libsqlite3-dev)
 packages_demo=(gnuplot-nox)
 packages_test=(libgtest-dev gnuplot-nox sqlite3 locales)
+packages_package=(dpkg-dev)
 packages_bench=(libbenchmark-dev)
 packages_clang=(clang libclang-rt-14-dev llvm)
 packages_check=(clang-format clang-tidy)

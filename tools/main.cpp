@@ -67,7 +67,9 @@ bool run(const CommandLine& line) {
     vdrdump::Progress progress(line.files, !printsWhileReading(line) || isatty(STDOUT_FILENO) == 0);
     const std::unique_ptr<vdrdump::RecordSink> sink = makeSink(line, progress);
     vdrdump::DumpPass pass(*sink, progress, stderr);
-    pass.choose(line.selection);
+    const bool readsAll = line.command == CommandLine::Command::Info ||
+                          line.command == CommandLine::Command::Plot;
+    pass.choose(readsAll ? line.selection.wholeDump() : line.selection);
     bool isWhole = true;
     for (const std::string& file : line.files) {
         isWhole &= pass.readFile(file);

@@ -166,9 +166,6 @@ void checkUsage(CommandLine& line) {
         line.files.emplace_back("-");
     }
     checkOutput(line);
-    if (line.command == Command::Info && line.selection.lost) {
-        line.selection.frames = FrameRange{0, UINT32_MAX};  // it tells of all
-    }
 }
 
 }  // namespace vdrdump

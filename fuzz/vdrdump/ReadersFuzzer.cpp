@@ -1,6 +1,6 @@
 // Both readers, and everything that looks at what they give, over any bytes. Besides crashes and
 // wild reads it looks for readers that do not come to an end or give a record that breaks the
-// promises of tools/Record.h.
+// promises of tools/record/Record.h.
 
 #include <cstdlib>
 

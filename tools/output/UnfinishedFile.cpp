@@ -50,6 +50,22 @@ void catchSignals() {
     }
 }
 
+// No signal ends the program while this lives.
+class SignalsHeld {
+public:
+    SignalsHeld() {
+        sigset_t all;
+        sigfillset(&all);
+        sigprocmask(SIG_BLOCK, &all, &mBefore);
+    }
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &mBefore, nullptr); }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+private:
+    sigset_t mBefore{};
+};
+
 size_t remember(const std::string& path) {
     catchSignals();
     for (size_t i = 0; i < kSlots; ++i) {
@@ -84,6 +100,7 @@ bool UnfinishedFile::isWrittenInPlace(const std::string& path) {
 }
 
 UnfinishedFile::UnfinishedFile(const std::string& path) : mTarget(targetOf(path)) {
+    const SignalsHeld held;  // there is no moment at which the file is there and not remembered
     const std::string stem = mTarget + "." + std::to_string(getpid());
     for (int i = 0; mFile < 0 && (i == 0 || errno == EEXIST); ++i) {
         mPath = stem + (i == 0 ? "" : "-" + std::to_string(i)) + ".unfinished";

@@ -7,15 +7,33 @@
 #include "tools/plot/runGnuplot.h"
 
 namespace vdrdump {
+namespace {
+
+uint64_t missingIn(const SessionSummary& session, const FrameRange& frames) {
+    if (frames.first == session.first && frames.last == session.last) {
+        return session.missing;  // not all gaps need be listed
+    }
+    uint64_t missing = 0;
+    for (const FrameRange& gap : session.gaps) {
+        const uint64_t first = std::max(gap.first, frames.first);
+        const uint64_t end = uint64_t{std::min(gap.last, frames.last)} + 1;
+        missing += end > first ? end - first : 0;
+    }
+    return missing;
+}
+
+}  // namespace
 
 void PlotSink::add(const Record& record) {
     if (!record.isNumbered() || (mDrawn != 0 && record.session != mDrawn)) {
         return;
     }
-    mDrawn = record.session;
-    mCurves.add(record);
     if (record.known > offsetof(Layout, videoAction)) {
         mVideos.add(record.frame(), record.bytes[offsetof(Layout, videoAction)]);
+    }
+    if (mSelection.wants(record)) {
+        mDrawn = record.session;
+        mCurves.add(record);
     }
 }
 
@@ -23,6 +41,8 @@ void PlotSink::endSession(const SessionSummary& session) {
     mSessions = session.number;
     if (session.number == mDrawn) {
         mSession = session;
+    } else if (mDrawn == 0) {
+        mVideos = VideoWindows();
     }
 }
 
@@ -42,7 +62,7 @@ bool PlotSink::finish() {
     Picture picture{mPath, "", frames, mSession.gaps, mVideos.windows(), mFile.lostFrame};
     picture.title = mFile.path + ", session " + std::to_string(mDrawn) + ": frames " +
                     std::to_string(frames.first) + " to " + std::to_string(frames.last) + ", " +
-                    std::to_string(mSession.missing) + " missing";
+                    std::to_string(missingIn(mSession, frames)) + " missing";
     return runGnuplot(plotScript(picture, mPanels, mCurves), mPath);
 }
 

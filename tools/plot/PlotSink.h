@@ -11,7 +11,8 @@
 namespace vdrdump {
 
 // Draws one camera session of a dump, the first with frames that were chosen: its curves over the
-// frames, with the missing frames, the video recordings and the lost frame marked.
+// frames, with the missing frames, the video recordings and the lost frame marked. It wants all
+// records: a recording that goes on in the chosen frames may start and end outside.
 class PlotSink : public RecordSink {
 public:
     // Draws to `path`, which ends in .svg or .png.
@@ -31,8 +32,8 @@ private:
     const std::vector<Panel> mPanels;
     DumpFile mFile;
     PlotCurves mCurves;
-    VideoWindows mVideos;
-    uint32_t mDrawn = 0;  // number of the session, 0 while none has any frame
+    VideoWindows mVideos;  // of the session that is read, and then of the one that is drawn
+    uint32_t mDrawn = 0;   // number of the session, 0 while none has any frame
     SessionSummary mSession;
     uint32_t mSessions = 0;
 };

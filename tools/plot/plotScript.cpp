@@ -46,7 +46,8 @@ void marks(std::string& script, const Picture& picture) {
                   std::string("fc rgb '") + kMissingColor + "' fs solid 0.5 border lc rgb '" +
                           kMissingColor + "'");
     }
-    if (picture.lost) {
+    if (picture.lost && *picture.lost >= picture.frames.first &&
+        *picture.lost <= picture.frames.last) {
         const std::string frame = std::to_string(*picture.lost);
         script += "set arrow from first " + frame + ", graph 0 to first " + frame +
                   ", graph 1 nohead dt 3 lw 1.5 lc rgb '" + kLostColor + "'\n";

@@ -61,8 +61,8 @@ bool BinaryReader::next(Record& record) {
 }
 
 BinaryReader::Step BinaryReader::step(const BlockView& view) const {
-    if (view.holds(0, 2 * kBlock) && BlockView::follows(view.number(0), view.number(kBlock)) &&
-        view.isSound(0)) {
+    if (view.holds(0, 2 * kBlock) && BlockView::isNear(mLast, view.number(0)) &&
+        BlockView::follows(view.number(0), view.number(kBlock)) && view.isSound(0)) {
         return {Step::Kind::Record, kBlock};
     }
     const size_t zeros = view.zeros();
@@ -80,13 +80,18 @@ BinaryReader::Step BinaryReader::outOfStep(const BlockView& view) const {
     const bool isNext = view.holds(0, sizeof(uint32_t)) && BlockView::isNear(mLast, view.number(0));
     const bool isRecord = isNext || (isWhole ? view.hasTail(0) : mPassed == 0);
     const uint32_t last = isNext || (mIsFirst && isWhole) ? view.number(0) : mLast;
-    if (isWhole && view.isBorneOut(kBlock, last)) {
-        return {isRecord ? Step::Kind::Record : Step::Kind::Pass, kBlock};
+    const Step whole{isRecord ? Step::Kind::Record : Step::Kind::Pass, kBlock};
+    const bool isBorneOut = isWhole && view.isBorneOut(kBlock, last);
+    if (isBorneOut && (!mIsFirst || view.isChain(0, last))) {
+        return whole;
     }
     const size_t end = std::min(kBlock, view.size());
     if (const size_t at = view.findChain(1, end, last); at != end) {
         const bool isCut = BlockView::isNear(view.number(at), view.number(0));
         return {isCut ? Step::Kind::CutRecord : Step::Kind::Pass, at};
+    }
+    if (isBorneOut) {
+        return whole;
     }
     if (!isRecord) {
         return {Step::Kind::Pass, end};

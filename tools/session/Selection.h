@@ -21,6 +21,9 @@ struct Selection {
                 frame > UINT32_MAX - count ? UINT32_MAX : frame + count};
     }
 
+    // The same without a choice, for those who look at all records and choose themselves.
+    Selection wholeDump() const { return {FrameRange{0, UINT32_MAX}, 0, lost}; }
+
     bool isAll() const { return !frames && session == 0 && !lost; }
     bool wantsSession(uint32_t number) const { return session == 0 || session == number; }
 
