@@ -280,6 +280,22 @@ TEST(Explain, SaysNoMoreThanIsKnown) {
     EXPECT_EQ(lossesOf(explain({empty}, 1)), (Losses{"100 fileName"}));
 }
 
+TEST(Explain, TakesRecordsOfAnyContent) {
+    const TempFolder folder;
+    std::mt19937_64 random(1);
+    for (int round = 0; round < 20; ++round) {
+        std::vector<Frame> frames;
+        for (uint32_t number = 90; number < 120; ++number) {
+            frames.push_back(randomFrame(random, 60));
+            frames.back().frameNumber = number;
+        }
+        frames.erase(frames.begin() + static_cast<std::ptrdiff_t>(random() % frames.size()));
+        const std::string dump = folder.file("any.bin", binaryOf(frames));
+        EXPECT_FALSE(explain({dump, "--lost", "105"})["losses"].empty());
+        EXPECT_EQ(run({"explain", dump, "--lost", "105"}).status, 0);
+    }
+}
+
 // Nodes on another clock than frames, in another unit.
 TEST(Explain, TellsClocksApart) {
     MadeSession session;
@@ -305,15 +321,16 @@ TEST(Explain, NamesOfNodes) {
     MadeSession session;
     session.isStuck = true;
     const std::string dump = folder.file(kTextName, textOf(session.frames(70, 100, 7)));
-    const std::string names =
-            folder.file("names", "# nodes\n\n7/101/0 scaler\n0x7, 102 0x0\tnoise \x1b[1m filter\r\n");
+    const std::string names = folder.file(
+            "names", "# nodes\n\n7/101/0 scaler\n0x7, 102 0x0\tnoise \x1b[1m filter\r\n");
     const std::string said = run({"explain", dump, "--names", names}).out;
     EXPECT_EQ(said.rfind("Frame 100: node noise \\x1b[1m filter (7/102/0) started on it", 0), 0U)
             << said;
     for (const char* wrong : {"7/101 scaler", "7/101/0", "7/101/0scaler", "seven/1/2 a"}) {
         const Program program = run({"explain", dump, "--names", folder.file("wrong", wrong)});
         EXPECT_EQ(program.status, 1) << wrong;
-        EXPECT_NE(program.err.find("wrong:1: expected three ids"), std::string::npos) << program.err;
+        EXPECT_NE(program.err.find("wrong:1: expected three ids"), std::string::npos)
+                << program.err;
     }
 }
 

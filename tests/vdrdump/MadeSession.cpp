@@ -50,15 +50,15 @@ std::vector<Frame> MadeSession::frames(uint32_t first, uint32_t last, uint32_t s
     for (uint32_t number = first; number <= last; ++number) {
         Frame each = frame(number);
         const bool isHit = number == hit;
-        const double taken = 1e6 + number * kInterval + noise.around(1) +
-                             (number >= hit ? sensorDelay : 0);
+        const double taken =
+                1e6 + number * kInterval + noise.around(1) + (number >= hit ? sensorDelay : 0);
         each.cslInfo = {number, ticks(taken)};
         fillStatus(each, noise);
         double at = taken;
         for (uint32_t i = 0; i < kNodes; ++i) {
             const bool isHere = isHit && i == 2;
-            const double started = std::max(at, freeAt[i]) + noise.around(0.2) +
-                                   (isHere ? wait : 0);
+            const double started =
+                    std::max(at, freeAt[i]) + noise.around(0.2) + (isHere ? wait : 0);
             const double finished = started +
                                     noise.around(kWork[i]) * (number >= slowFrom ? slowness : 1) +
                                     (isHere ? work : 0);

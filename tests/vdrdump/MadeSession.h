@@ -20,10 +20,10 @@ struct MadeSession {
     // Delays of one frame, in milliseconds.
     uint32_t hit = kLost;
     double sensorDelay = 0;  // and of all behind it
-    double wait = 0;  // before the third node
-    double work = 0;  // in the third node
-    uint8_t cost = 0;  // of its algorithm
-    bool isStuck = false;  // in the third node, which never ends
+    double wait = 0;         // before the third node
+    double work = 0;         // in the third node
+    uint8_t cost = 0;        // of its algorithm
+    bool isStuck = false;    // in the third node, which never ends
     // From this frame on all nodes take that many times as long.
     uint32_t slowFrom = UINT32_MAX;
     double slowness = 1;

@@ -14,9 +14,9 @@ struct Explanation {
 
 struct Explanations {
     std::vector<Explanation> losses;
-    size_t unexplained = 0;     // losses beyond those
-    uint64_t unlisted = 0;      // frames without a record in gaps beyond those
-    bool wasFull = false;       // more records are near losses than are kept
+    size_t unexplained = 0;  // losses beyond those
+    uint64_t unlisted = 0;   // frames without a record in gaps beyond those
+    bool wasFull = false;    // more records are near losses than are kept
 };
 
 }  // namespace vdrdump

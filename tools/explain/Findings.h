@@ -12,16 +12,16 @@
 namespace vdrdump {
 
 enum class Quantity : uint8_t {
-    Interval,      // from the frame before to this one, by their stamps
-    Latency,       // from the frame's stamp to the last stamp of a node
-    NodeWait,      // queued before a node that was free; waiting behind another frame is not counted
-    NodeWork,      // from started to finished
-    NodeHandOn,    // from finished to handed on
-    PluginCost,    // of an algorithm, as it states it
+    Interval,    // from the frame before to this one, by their stamps
+    Latency,     // from the frame's stamp to the last stamp of a node
+    NodeWait,    // queued before a node that was free; waiting behind another frame is not counted
+    NodeWork,    // from started to finished
+    NodeHandOn,  // from finished to handed on
+    PluginCost,  // of an algorithm, as it states it
     SemanticCost,
     RequestDelay,  // from the frame's stamp to that of a feature request
     MessageDelay,
-    MotionDelay,   // from the frame's stamp to one of the motion sensors' data
+    MotionDelay,  // from the frame's stamp to one of the motion sensors' data
 };
 
 // Whose value it is: of a node, an algorithm, a feature or a column, or of the frame itself.
@@ -59,7 +59,7 @@ struct Comparison {
 struct StampClocks {
     std::optional<double> ticksPerSecond;      // of frame stamps
     std::optional<double> nodeTicksPerSecond;  // of node stamps
-    double frameInterval = 0;  // median, in milliseconds or ticks; 0 not known
+    double frameInterval = 0;                  // median, in milliseconds or ticks; 0 not known
     bool hasFrameStamps = false;
     bool hasNodeStamps = false;
     bool hasFeatureStamps = false;
@@ -153,11 +153,11 @@ struct Findings {
     std::optional<StuckAt> stuck;
     std::optional<GapSpan> span;
 
-    std::vector<Change> changes;               // in N-10 to N
-    std::vector<SlowAllocation> allocations;   // in N-10 to N+10
-    std::vector<DeviceMove> deviceMoves;       // over all records
-    std::optional<Change> thermalRise;         // over all records up to N
-    double slowness = 0;                       // as in Cause
+    std::vector<Change> changes;              // in N-10 to N
+    std::vector<SlowAllocation> allocations;  // in N-10 to N+10
+    std::vector<DeviceMove> deviceMoves;      // over all records
+    std::optional<Change> thermalRise;        // over all records up to N
+    double slowness = 0;                      // as in Cause
 
     // Of the lost frame, or where it has none the highest of the window.
     std::optional<Comparison> interval;

@@ -30,10 +30,10 @@ std::vector<size_t> groupsOf(const std::vector<Segment>& segments) {
 void addFrames(const Segment& segment, FrameMap& frames) {
     for (const auto& [frame, record] : segment.frames) {
         auto& place = frames[frame];
-        const bool isBetter =
-                place == nullptr || (record->view().isWhole() && !place->view().isWhole()) ||
-                (segment.kind == DumpKind::Binary &&
-                 record->view().isWhole() == place->view().isWhole());
+        const bool isBetter = place == nullptr ||
+                              (record->view().isWhole() && !place->view().isWhole()) ||
+                              (segment.kind == DumpKind::Binary &&
+                               record->view().isWhole() == place->view().isWhole());
         if (isBetter) {
             place = record;
         }
@@ -41,7 +41,7 @@ void addFrames(const Segment& segment, FrameMap& frames) {
 }
 
 void addSegment(const Segment& segment, SessionHistory& history) {
-    history.session = history.paths.empty() ? segment.session
+    history.session = history.paths.empty()                ? segment.session
                       : history.session == segment.session ? history.session
                                                            : 0;
     history.paths.push_back(segment.path);
@@ -92,9 +92,8 @@ public:
         });
     }
     std::vector<LossCase> take() {
-        std::sort(mCases.begin(), mCases.end(), [](const LossCase& a, const LossCase& b) {
-            return a.lost.first < b.lost.first;
-        });
+        std::sort(mCases.begin(), mCases.end(),
+                  [](const LossCase& a, const LossCase& b) { return a.lost.first < b.lost.first; });
         return std::move(mCases);
     }
 
@@ -135,9 +134,8 @@ Makers makersOf(const std::vector<Segment>& segments, const std::vector<size_t>&
 // A log and a user name a frame and no session: where a dump's name speaks of this frame, that one
 // is meant, otherwise all that have frames near it.
 void addNamed(uint32_t frame, const LossEvidence& evidence, Makers& makers) {
-    const bool isKnown = std::any_of(makers.begin(), makers.end(), [frame](const auto& each) {
-        return each.second.has(frame);
-    });
+    const bool isKnown = std::any_of(makers.begin(), makers.end(),
+                                     [frame](const auto& each) { return each.second.has(frame); });
     for (auto& [group, maker] : makers) {
         if (isKnown ? maker.has(frame) : maker.isNear(frame)) {
             maker.add(frame, evidence);
@@ -166,8 +164,8 @@ LossCases makeLossCases(const std::vector<Segment>& segments,
     for (size_t i = 0; i < segments.size(); ++i) {
         const auto& announced = segments[i].announced;
         if (announced && (!lost || *announced == *lost)) {
-            makers.at(groups[i]).add(*announced, {LossEvidence::From::FileName, segments[i].path,
-                                                  segments[i].time});
+            makers.at(groups[i]).add(
+                    *announced, {LossEvidence::From::FileName, segments[i].path, segments[i].time});
         }
     }
     if (lost) {

@@ -125,8 +125,8 @@ std::optional<Comparison> Measurements::compare(const Subject& subject, const Se
     comparison.frame = frame;
     comparison.value = own->second;
     std::vector<double> values;
-    for (auto at = series.lower_bound(window.first);
-         at != series.end() && at->first <= window.last; ++at) {
+    for (auto at = series.lower_bound(window.first); at != series.end() && at->first <= window.last;
+         ++at) {
         values.push_back(at->second);
         auto& other = comparison.highestOther;
         if (at != own && (!other || at->second > other->value)) {
@@ -142,8 +142,8 @@ std::optional<Comparison> Measurements::compare(const Subject& subject, const Se
 std::optional<Comparison> Measurements::compareHighest(const Subject& subject, const Series& series,
                                                        const FrameRange& window) {
     auto highest = series.end();
-    for (auto at = series.lower_bound(window.first);
-         at != series.end() && at->first <= window.last; ++at) {
+    for (auto at = series.lower_bound(window.first); at != series.end() && at->first <= window.last;
+         ++at) {
         if (highest == series.end() || at->second > highest->second) {
             highest = at;
         }

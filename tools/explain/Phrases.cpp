@@ -64,11 +64,10 @@ std::string Phrases::time(double value, bool isKnown) const {
 
 std::string Phrases::value(const Comparison& comparison, double value) const {
     const Quantity quantity = comparison.subject.quantity;
-    return isCost(quantity)
-                   ? whole(value)
-                   : time(value, (isOfNodes(quantity) ? mFindings.clocks.nodeTicksPerSecond
-                                                      : mFindings.clocks.ticksPerSecond)
-                                         .has_value());
+    return isCost(quantity) ? whole(value)
+                            : time(value, (isOfNodes(quantity) ? mFindings.clocks.nodeTicksPerSecond
+                                                               : mFindings.clocks.ticksPerSecond)
+                                                  .has_value());
 }
 
 std::string Phrases::beside(const Comparison& comparison) const {
@@ -189,7 +188,8 @@ std::string Phrases::happened(const Comparison& comparison) const {
         case Quantity::NodeHandOn:
             return node(subject.node) + " took " + amount + " to hand " + which + " on" + median;
         case Quantity::PluginCost:
-            return "plug-in algorithm " + subject.name + " cost " + amount + " in " + which + median;
+            return "plug-in algorithm " + subject.name + " cost " + amount + " in " + which +
+                   median;
         case Quantity::SemanticCost:
             return "semantic algorithm " + subject.name + " cost " + amount + " in " + which +
                    median;
@@ -222,10 +222,10 @@ std::string Phrases::slowAllocation() const {
 
 std::string Phrases::heat() const {
     const Cause& cause = mFindings.cause;
-    return change(*cause.change) + (cause.slowness > 0 ? "; since then nodes have become " +
-                                                                 decimal(cause.slowness) +
-                                                                 " times as slow"
-                                                       : "; no value stands out");
+    return change(*cause.change) +
+           (cause.slowness > 0
+                    ? "; since then nodes have become " + decimal(cause.slowness) + " times as slow"
+                    : "; no value stands out");
 }
 
 std::string Phrases::noRecord() const {
@@ -233,9 +233,10 @@ std::string Phrases::noRecord() const {
     if (!mFindings.span) {
         return start;
     }
-    const bool isSkipped = mFindings.span->usual - mFindings.span->time >
-                           mFindings.clocks.frameInterval / 2;
-    return start + (isSkipped ? "; the stamps leave no time for it: " : "; the sensor kept its pace: ") +
+    const bool isSkipped =
+            mFindings.span->usual - mFindings.span->time > mFindings.clocks.frameInterval / 2;
+    return start +
+           (isSkipped ? "; the stamps leave no time for it: " : "; the sensor kept its pace: ") +
            span(*mFindings.span);
 }
 
@@ -262,8 +263,8 @@ std::string Phrases::cause() const {
         case Cause::Kind::StandsOut:
             return standsOut();
         case Cause::Kind::SensorPause:
-            return (cause.change ? change(*cause.change) + "; " : "") + "the sensor was late: " +
-                   span(*mFindings.span);
+            return (cause.change ? change(*cause.change) + "; " : "") +
+                   "the sensor was late: " + span(*mFindings.span);
         case Cause::Kind::Heat:
             return heat();
         case Cause::Kind::SlowNodes:

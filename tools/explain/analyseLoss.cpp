@@ -29,7 +29,8 @@ void weighRecords(const FrameMap& frames, Findings& findings) {
         findings.recordsBefore += frame < findings.lost.first ? 1 : 0;
         findings.recordsBehind += frame > findings.lost.last ? 1 : 0;
         findings.damagedRecords += at->second->view().isWhole() ? 0 : 1;
-        if (hasLast && frame > last + 1 && (findings.hasRecord || last + 1 != findings.lost.first)) {
+        if (hasLast && frame > last + 1 &&
+            (findings.hasRecord || last + 1 != findings.lost.first)) {
             findings.otherGaps.push_back({last + 1, frame - 1});
         }
         last = frame;
@@ -58,9 +59,10 @@ std::optional<Comparison> compareOne(const Measurements& measurements, Quantity 
                                      const Findings& findings, const FrameRange& window) {
     const Subject subject{quantity, {}, ""};
     const Measurements::Series* series = measurements.find(subject);
-    return series == nullptr    ? std::nullopt
-           : findings.hasRecord ? Measurements::compare(subject, *series, findings.lost.first, window)
-                                : Measurements::compareHighest(subject, *series, window);
+    return series == nullptr ? std::nullopt
+           : findings.hasRecord
+                   ? Measurements::compare(subject, *series, findings.lost.first, window)
+                   : Measurements::compareHighest(subject, *series, window);
 }
 
 // Of these quantities the highest value of the lost frame or, where it has no record, of all.
@@ -113,10 +115,10 @@ Findings analyseLoss(const FrameRange& lost, const FrameMap& session) {
 
     findings.interval = compareOne(measurements, Quantity::Interval, findings, window);
     findings.latency = compareOne(measurements, Quantity::Latency, findings, window);
-    findings.slowestNode = compareSlowest(measurements, Quantity::NodeWork, Quantity::NodeWork,
-                                          findings, window);
-    findings.slowestAlgorithm = compareSlowest(
-            measurements, Quantity::PluginCost, Quantity::SemanticCost, findings, window);
+    findings.slowestNode =
+            compareSlowest(measurements, Quantity::NodeWork, Quantity::NodeWork, findings, window);
+    findings.slowestAlgorithm = compareSlowest(measurements, Quantity::PluginCost,
+                                               Quantity::SemanticCost, findings, window);
     findings.standsOut = standingOut(measurements, window, findings.clocks);
     findings.notKnown = notKnown(frames);
     findings.cause = likeliestCause(findings, !measurements.all().empty());

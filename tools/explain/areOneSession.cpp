@@ -25,7 +25,8 @@ bool goesOn(const FrameMap& earlier, const FrameMap& later) {
     constexpr double kMostOff = 0.25;
     const StampClocks clocks = clocksOf(earlier);
     const double interval = clocks.frameInterval;
-    if (!clocks.hasFrameStamps || interval == 0 || earlier.rbegin()->first >= later.begin()->first) {
+    if (!clocks.hasFrameStamps || interval == 0 ||
+        earlier.rbegin()->first >= later.begin()->first) {
         return false;
     }
     const auto from = earlier.rbegin()->second->view().read<uint64_t>(kStamp);

@@ -77,10 +77,10 @@ std::vector<double> featureDistances(const FrameMap& frames) {
     for (const auto& [frame, record] : frames) {
         for (const ArrayField* array : {&kRequests, &kMessages}) {
             for (size_t i = 0; i < record->view().elements(*array); ++i) {
-                addStamp(record->view(),
-                                   array->offset + i * array->elementSize +
-                                           offsetof(vdr2::FeatureInfo, stamp),
-                                   distances);
+                addStamp(
+                        record->view(),
+                        array->offset + i * array->elementSize + offsetof(vdr2::FeatureInfo, stamp),
+                        distances);
             }
         }
     }

@@ -56,6 +56,9 @@ std::optional<DeviceMove> moveOf(const Watched& watched, const FrameMap& frames,
             continue;
         }
         const double value = valueOf(record, *column);
+        if (!std::isfinite(value)) {
+            continue;
+        }
         if (!move) {
             move = DeviceMove{column, frame, frame, value, value};
         } else if (std::fabs(value - move->from) > std::fabs(move->to - move->from)) {
@@ -115,8 +118,8 @@ std::vector<SlowAllocation> findAllocations(const FrameMap& frames, const FrameR
     for (auto at = frames.lower_bound(range.first); at != frames.end() && at->first <= range.last;
          ++at) {
         const Record& record = at->second->view();
-        const auto info = record.read<vdr2::MemoryAllocTimeoutInfo>(
-                offsetof(Layout, memoryAllocTimeoutInfo));
+        const auto info =
+                record.read<vdr2::MemoryAllocTimeoutInfo>(offsetof(Layout, memoryAllocTimeoutInfo));
         const bool isThere = info.itemName[0] != '\0' || info.allocTimeSec != 0;
         if (isThere && std::memcmp(&info, &last, sizeof(info)) != 0) {
             const Column* name = columnAt(offsetof(Layout, memoryAllocTimeoutInfo));

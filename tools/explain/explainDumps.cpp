@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "tools/explain/explanationText.h"
 #include "tools/explain/SegmentCollector.h"
 #include "tools/explain/analyseLoss.h"
 #include "tools/explain/explanationJson.h"
+#include "tools/explain/explanationText.h"
 #include "tools/output/Output.h"
 #include "tools/read/DumpName.h"
 #include "tools/sink/DumpPass.h"

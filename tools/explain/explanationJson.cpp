@@ -15,16 +15,15 @@ const char* nameIn(const char* const (&names)[kCount], Enum value) {
 }
 
 const char* nameOf(Quantity quantity) {
-    static constexpr const char* kNames[] = {"interval",     "latency",      "nodeWait",
-                                             "nodeWork",     "nodeHandOn",   "pluginCost",
-                                             "semanticCost", "requestDelay", "messageDelay",
-                                             "motionDelay"};
+    static constexpr const char* kNames[] = {
+            "interval",   "latency",      "nodeWait",     "nodeWork",     "nodeHandOn",
+            "pluginCost", "semanticCost", "requestDelay", "messageDelay", "motionDelay"};
     static_assert(std::size(kNames) == static_cast<size_t>(Quantity::MotionDelay) + 1);
     return nameIn(kNames, quantity);
 }
 
 const char* nameOf(Change::What what) {
-    static constexpr const char* kNames[] = {"camera",       "sensorMode", "captureType",
+    static constexpr const char* kNames[] = {"camera",        "sensorMode",   "captureType",
                                              "zoomDirection", "thermalLevel", "scene",
                                              "videoMark"};
     static_assert(std::size(kNames) == static_cast<size_t>(Change::What::VideoMark) + 1);
@@ -32,9 +31,9 @@ const char* nameOf(Change::What what) {
 }
 
 const char* nameOf(Cause::Kind kind) {
-    static constexpr const char* kNames[] = {"unknown",     "none", "stuckNode", "slowAllocation",
-                                             "standsOut",   "sensorPause", "heat", "slowNodes",
-                                             "change",      "noRecord"};
+    static constexpr const char* kNames[] = {
+            "unknown",     "none", "stuckNode", "slowAllocation", "standsOut",
+            "sensorPause", "heat", "slowNodes", "change",         "noRecord"};
     static_assert(std::size(kNames) == static_cast<size_t>(Cause::Kind::NoRecord) + 1);
     return nameIn(kNames, kind);
 }
@@ -152,19 +151,21 @@ public:
         Json::Value value;
         value["frame"] = mFindings.lost.first;
         value["frames"] = rangeOf(mFindings.lost);
-        value["session"] = mLoss.history->session == 0 ? Json::Value()
-                                                       : Json::Value(mLoss.history->session);
+        value["session"] =
+                mLoss.history->session == 0 ? Json::Value() : Json::Value(mLoss.history->session);
         value["hasRecord"] = mFindings.hasRecord;
         value["knownBy"] = listOf(mLoss.evidence, evidenceOf);
         value["files"] = listOf(mLoss.history->paths, [](const auto& path) { return path; });
-        value["damagedFiles"] = listOf(mLoss.history->damaged, [](const auto& path) { return path; });
+        value["damagedFiles"] =
+                listOf(mLoss.history->damaged, [](const auto& path) { return path; });
         value["recordsBefore"] = Json::UInt64{mFindings.recordsBefore};
         value["recordsBehind"] = Json::UInt64{mFindings.recordsBehind};
         value["damagedRecords"] = Json::UInt64{mFindings.damagedRecords};
         value["otherGaps"] = listOf(mFindings.otherGaps, rangeOf);
         value["cause"] = cause();
         const auto comparison = [this](const Comparison& each) { return comparisonOf(each); };
-        value["stuckAt"] = orNull(mFindings.stuck, [this](const auto& each) { return stuck(each); });
+        value["stuckAt"] =
+                orNull(mFindings.stuck, [this](const auto& each) { return stuck(each); });
         value["span"] = orNull(mFindings.span, spanOf);
         value["changes"] = listOf(mFindings.changes, changeOf);
         value["slowAllocations"] = listOf(mFindings.allocations, allocationOf);
@@ -187,7 +188,8 @@ private:
         value["kind"] = nameOf(cause.kind);
         value["frame"] = cause.frame;
         value["text"] = mPhrases.cause();
-        value["value"] = orNull(cause.value, [this](const auto& each) { return comparisonOf(each); });
+        value["value"] =
+                orNull(cause.value, [this](const auto& each) { return comparisonOf(each); });
         value["change"] = orNull(cause.change, changeOf);
         value["slowAllocation"] = orNull(cause.allocation, allocationOf);
         value["slowness"] = cause.slowness > 0 ? Json::Value(cause.slowness) : Json::Value();
@@ -214,10 +216,12 @@ private:
         value["median"] = comparison.median;
         value["scaledDeviation"] = comparison.deviation;
         value["values"] = Json::UInt64{comparison.values};
-        value["highestOther"] =
-                comparison.highestOther ? Json::Value(comparison.highestOther->value) : Json::Value();
-        value["highestOtherFrame"] =
-                comparison.highestOther ? Json::Value(comparison.highestOther->frame) : Json::Value();
+        value["highestOther"] = comparison.highestOther
+                                        ? Json::Value(comparison.highestOther->value)
+                                        : Json::Value();
+        value["highestOtherFrame"] = comparison.highestOther
+                                             ? Json::Value(comparison.highestOther->frame)
+                                             : Json::Value();
         return value;
     }
 

@@ -10,8 +10,8 @@
 namespace vdrdump {
 namespace {
 
-constexpr size_t kMostListed = 32;   // losses with a line
-constexpr size_t kMostInFull = 8;    // and with all lines
+constexpr size_t kMostListed = 32;  // losses with a line
+constexpr size_t kMostInFull = 8;   // and with all lines
 constexpr size_t kMostStandingOut = 4;
 constexpr size_t kMostChanges = 4;
 constexpr size_t kFewestForHabits = 4;  // records that show whether a node ever has no end stamp
@@ -72,8 +72,7 @@ public:
         line("records", records());
         evidenceLines();
         if (mFindings.recordsBefore != 0 &&
-            isKnown({"camera", "sensor mode", "capture type", "zoom", "scene",
-                     "thermal level"})) {
+            isKnown({"camera", "sensor mode", "capture type", "zoom", "scene", "thermal level"})) {
             line("changed", changes());
         }
         valueLines();
@@ -245,10 +244,10 @@ private:
         }
         for (size_t i = 0; i < mFindings.standsOut.size() && i < kMostStandingOut; ++i) {
             const Comparison& each = mFindings.standsOut[i];
-            line(i == 0 ? "stands out" : "",
-                 "frame " + std::to_string(each.frame) + ", " + mPhrases.subject(each.subject) +
-                         ": " + mPhrases.value(each, each.value) + " (" + mPhrases.beside(each) +
-                         ")");
+            line(i == 0 ? "stands out" : "", "frame " + std::to_string(each.frame) + ", " +
+                                                     mPhrases.subject(each.subject) + ": " +
+                                                     mPhrases.value(each, each.value) + " (" +
+                                                     mPhrases.beside(each) + ")");
         }
         if (mFindings.standsOut.size() > kMostStandingOut) {
             line("", std::to_string(mFindings.standsOut.size() - kMostStandingOut) +
@@ -289,9 +288,10 @@ private:
         if (clocks.ticksPerSecond) {
             text += ": frames are then " + number(clocks.frameInterval) + " ms apart";
         }
-        return others.empty() ? text
-                              : text + "; " + enumerated(others) +
-                                        " stamps for another clock's, compared with each other only";
+        return others.empty()
+                       ? text
+                       : text + "; " + enumerated(others) +
+                                 " stamps for another clock's, compared with each other only";
     }
 
     const LossCase& mLoss;
@@ -304,10 +304,9 @@ private:
 std::string countText(const Explanations& explanations) {
     const std::string text =
             std::to_string(explanations.losses.size() + explanations.unexplained) + " losses";
-    return explanations.unlisted == 0
-                   ? text
-                   : text + ", and " + std::to_string(explanations.unlisted) +
-                             " more frames without a record behind them";
+    return explanations.unlisted == 0 ? text
+                                      : text + ", and " + std::to_string(explanations.unlisted) +
+                                                " more frames without a record behind them";
 }
 
 }  // namespace

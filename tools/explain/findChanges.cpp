@@ -81,8 +81,8 @@ std::optional<Change> findThermalRise(const FrameMap& frames, uint32_t upTo) {
         if (frame > upTo) {
             break;
         }
-        const auto change = before == nullptr ? std::nullopt
-                                              : changeOf(kThermal, *before, stored->view());
+        const auto change =
+                before == nullptr ? std::nullopt : changeOf(kThermal, *before, stored->view());
         if (change && change->to > change->from) {
             rise = change;
         }

@@ -69,9 +69,8 @@ std::vector<NodeStamps> wayOf(const Record& record, const Window& window) {
     std::vector<NodeStamps> way = nodesOf(record);
     std::vector<std::pair<size_t, NodeIds>> absent;
     for (const auto& [ids, habit] : window.habits) {
-        const bool isThere = std::any_of(way.begin(), way.end(), [&ids = ids](const auto& node) {
-            return node.ids == ids;
-        });
+        const bool isThere = std::any_of(
+                way.begin(), way.end(), [&ids = ids](const auto& node) { return node.ids == ids; });
         if (!isThere && window.isUsual(habit)) {
             absent.emplace_back(habit.place, ids);
         }

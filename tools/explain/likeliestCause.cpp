@@ -29,9 +29,9 @@ bool isBehind(const Comparison& value, const Findings& findings) {
 std::optional<Comparison> strongest(const Findings& findings, bool isBehindLoss) {
     std::optional<Comparison> best;
     for (const Comparison& each : findings.standsOut) {
-        const bool isMoreSpecific =
-                best && each.frame == best->frame && each.excess() >= best->excess() / 2 &&
-                rankOf(each.subject.quantity) > rankOf(best->subject.quantity);
+        const bool isMoreSpecific = best && each.frame == best->frame &&
+                                    each.excess() >= best->excess() / 2 &&
+                                    rankOf(each.subject.quantity) > rankOf(best->subject.quantity);
         if (isBehind(each, findings) == isBehindLoss && (!best || isMoreSpecific)) {
             best = each;
         }
@@ -49,8 +49,8 @@ const Change* changeBefore(const Findings& findings, uint32_t frame) {
     constexpr uint32_t kAtOnce = 3;
     const Change* nearest = nullptr;
     for (const Change& change : findings.changes) {
-        const bool isSlow = change.what == Change::What::Camera ||
-                            change.what == Change::What::ThermalLevel;
+        const bool isSlow =
+                change.what == Change::What::Camera || change.what == Change::What::ThermalLevel;
         if (isCause(change) && change.frame <= frame &&
             (isSlow || frame - change.frame <= kAtOnce)) {
             nearest = &change;
@@ -73,8 +73,7 @@ const Change* strongestChange(const Findings& findings) {
 
 bool isPause(const Findings& findings) {
     return findings.span &&
-           findings.span->time - findings.span->usual >
-                   kPauseShare * findings.clocks.frameInterval;
+           findings.span->time - findings.span->usual > kPauseShare * findings.clocks.frameInterval;
 }
 
 // Recorded with the lost frame, or with the one whose value stands out.
@@ -162,8 +161,8 @@ Cause likeliestCause(const Findings& findings, bool isMeasured) {
         return ofAllocation(findings.allocations.front(), std::nullopt);
     }
     const Cause circumstances = ofCircumstances(findings, isMeasured);
-    const bool tellsNothing = circumstances.kind == Cause::Kind::None ||
-                              circumstances.kind == Cause::Kind::NoRecord;
+    const bool tellsNothing =
+            circumstances.kind == Cause::Kind::None || circumstances.kind == Cause::Kind::NoRecord;
     const auto behind = strongest(findings, true);
     return tellsNothing && behind ? ofValue(*behind, findings) : circumstances;
 }

@@ -6,7 +6,7 @@
 namespace vdrdump {
 namespace {
 
-constexpr size_t kFewest = 6;       // values that can be compared: of fewer a median tells little
+constexpr size_t kFewest = 6;  // values that can be compared: of fewer a median tells little
 constexpr double kDeviations = 3.5;
 
 // A frame has dozens of values, and in a window of some twenty frames one of them is always far
