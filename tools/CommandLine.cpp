@@ -99,6 +99,12 @@ void addInfo(CLI::App& app, CommandLine& line) {
     info.add_flag("--json", line.isJson, "The same as JSON");
 }
 
+void addNames(CLI::App& command, CommandLine& line) {
+    command.add_option("--names", line.names,
+                       "What to call the nodes: a line each, such as 2/202/0 scaler")
+            ->type_name("NAMES");
+}
+
 void addExplain(CLI::App& app, CommandLine& line) {
     CLI::App& explain = addCommand(app, line, Command::Explain, "explain",
                                    "Why frames were lost: what stands out around each loss");
@@ -106,9 +112,7 @@ void addExplain(CLI::App& app, CommandLine& line) {
     addLost(explain, line, "Explain the loss of frame N only, whether the dumps tell of it or not");
     explain.add_option("--log", line.log, "Take losses from what the recorder logged, too")
             ->type_name("LOGCAT");
-    explain.add_option("--names", line.names,
-                       "What to call the nodes: a line each, such as 2/202/0 scaler")
-            ->type_name("NAMES");
+    addNames(explain, line);
     explain.add_flag("--json", line.isJson, "The same as JSON");
 }
 
@@ -136,11 +140,12 @@ void addExport(CLI::App& app, CommandLine& line) {
     addFiles(command, line);
     command.add_option_function<std::string>(
                    "--format", [&line](Text text) { line.format = formatOf(text); },
-                   "csv, ndjson or sqlite")
+                   "csv, ndjson, sqlite, or trace for a trace viewer")
             ->type_name("FORMAT")
             ->required();
     command.add_option("-o", line.output, "Where to; standard output when left out")
             ->type_name("OUT");
+    addNames(command, line);
     addSelection(command, line);
 }
 

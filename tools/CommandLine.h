@@ -12,7 +12,7 @@ namespace vdrdump {
 // What the user asked for.
 struct CommandLine {
     enum class Command : uint8_t { Info, Explain, Show, Export, Plot, Fields };
-    enum class Format : uint8_t { Csv, Ndjson, Sqlite };
+    enum class Format : uint8_t { Csv, Ndjson, Sqlite, Trace };
 
     Command command = Command::Info;
     std::vector<std::string> files;  // "-": standard input
@@ -25,7 +25,7 @@ struct CommandLine {
     Format format = Format::Csv;
     std::string output = "-";
     std::string log;    // explain
-    std::string names;  // explain
+    std::string names;  // explain, export
 
     // False when there is nothing left to do: help was asked for or the usage is wrong, which has
     // been answered; `status` is then how to exit.

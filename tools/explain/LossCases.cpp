@@ -91,6 +91,7 @@ public:
             return frame >= each.lost.first && frame <= each.lost.last;
         });
     }
+    const History& history() const { return mHistory; }
     std::vector<LossCase> take() {
         std::sort(mCases.begin(), mCases.end(),
                   [](const LossCase& a, const LossCase& b) { return a.lost.first < b.lost.first; });
@@ -185,6 +186,7 @@ LossCases makeLossCases(const std::vector<Segment>& segments,
         result.unlisted += segments[i].missing - std::min(segments[i].missing, listed);
     }
     for (auto& [group, maker] : makers) {
+        result.histories.push_back(maker.history());
         for (LossCase& each : maker.take()) {
             result.cases.push_back(std::move(each));
         }

@@ -35,6 +35,7 @@ struct LossCase {
 // What is to be explained.
 struct LossCases {
     std::vector<LossCase> cases;
+    std::vector<std::shared_ptr<const SessionHistory>> histories;  // with losses or without
     uint64_t unlisted = 0;  // frames without a record in gaps beyond those listed
 };
 

@@ -33,13 +33,16 @@ FrameRange SegmentCollector::around(const FrameRange& lost) {
             lost.last + std::min(UINT32_MAX - lost.last, kBehind)};
 }
 
-SegmentCollector::SegmentCollector(const std::vector<uint32_t>& lost, bool findsGaps)
-      : mFindsGaps(findsGaps) {
+std::vector<FrameRange> SegmentCollector::around(const std::vector<uint32_t>& lost) {
+    std::vector<FrameRange> ranges;
     for (size_t i = 0; i < lost.size() && i < kMostLosses; ++i) {
-        mWanted.push_back(around({lost[i], lost[i]}));
+        ranges.push_back(around(FrameRange{lost[i], lost[i]}));
     }
-    mWanted = joined(mWanted);
+    return ranges;
 }
+
+SegmentCollector::SegmentCollector(const std::vector<FrameRange>& wanted, bool findsGaps)
+      : mWanted(joined(wanted)), mFindsGaps(findsGaps) {}
 
 void SegmentCollector::beginFile(const DumpFile& file) {
     mFile = file;

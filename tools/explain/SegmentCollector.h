@@ -8,9 +8,9 @@
 
 namespace vdrdump {
 
-// Keeps the records around losses: around the frames that are known to be lost before anything is
-// read and, where wanted, around frames that a binary dump has no record of. Memory is bounded by
-// the number of losses, not by the dumps.
+// Keeps the records of chosen frames, as a rule those around losses that are known before anything
+// is read, and where wanted those around frames that a binary dump has no record of. Memory is
+// bounded by the number of losses, not by the dumps.
 class SegmentCollector : public RecordSink {
 public:
     static constexpr uint32_t kBefore = 60;
@@ -21,7 +21,10 @@ public:
     // Which frames are kept around lost ones.
     static FrameRange around(const FrameRange& lost);
 
-    SegmentCollector(const std::vector<uint32_t>& lost, bool findsGaps);
+    // Of as many lost frames as there may be.
+    static std::vector<FrameRange> around(const std::vector<uint32_t>& lost);
+
+    SegmentCollector(const std::vector<FrameRange>& wanted, bool findsGaps);
 
     void beginFile(const DumpFile& file) override;
     void add(const Record& record) override;

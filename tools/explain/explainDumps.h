@@ -1,16 +1,13 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
-#include <vector>
+
+#include "tools/explain/gatherLosses.h"
 
 namespace vdrdump {
 
 struct ExplainRequest {
-    std::vector<std::string> files;  // "-": standard input
-    std::optional<uint32_t> lost;
-    std::string log;    // a logcat, or none
+    LossRequest which;
     std::string names;  // a file with names of nodes, or none
     bool isJson = false;
 };
