@@ -177,7 +177,7 @@ private:
             line("stuck at", stuckAt(*mFindings.stuck));
         } else if (mFindings.hasRecord && mFindings.slowestNode &&
                    mFindings.recordsBefore + mFindings.recordsBehind >= kFewestForHabits) {
-            line("stuck at", "nowhere: each node has its end stamp");
+            line("stuck at", "nowhere: no node lacks an end stamp that it has in other frames");
         }
         if (mFindings.span) {
             line("around it", mPhrases.span(*mFindings.span));
