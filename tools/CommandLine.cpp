@@ -13,7 +13,9 @@ constexpr int kWrongUsage = 2;
 constexpr char kExamples[] = R"(
 What is in this dump, and is it whole?
   vdrdump info VIDEO_DEBUG_20240301_120000.bin
-What led up to the loss of frame 1234?
+Why was frame 1234 lost?
+  vdrdump explain VIDEO_DEBUG_20240301_120130_00001234.txt
+What led up to its loss?
   vdrdump show VIDEO_DEBUG_20240301_120130_00001234.txt --frames 1205:1234
 How warm was it around it, and how far was the camera zoomed in, line by line?
   vdrdump show DUMP --around 1234 --table zoomRatio sysStatusInfo_shellFrontTemp
@@ -97,6 +99,23 @@ void addInfo(CLI::App& app, CommandLine& line) {
     info.add_flag("--json", line.isJson, "The same as JSON");
 }
 
+void addNames(CLI::App& command, CommandLine& line) {
+    command.add_option("--names", line.names,
+                       "What to call the nodes: a line each, such as 2/202/0 scaler")
+            ->type_name("NAMES");
+}
+
+void addExplain(CLI::App& app, CommandLine& line) {
+    CLI::App& explain = addCommand(app, line, Command::Explain, "explain",
+                                   "Why frames were lost: what stands out around each loss");
+    addFiles(explain, line);
+    addLost(explain, line, "Explain the loss of frame N only, whether the dumps tell of it or not");
+    explain.add_option("--log", line.log, "Take losses from what the recorder logged, too")
+            ->type_name("LOGCAT");
+    addNames(explain, line);
+    explain.add_flag("--json", line.isJson, "The same as JSON");
+}
+
 void addShow(CLI::App& app, CommandLine& line) {
     CLI::App& show = addCommand(app, line, Command::Show, "show",
                                 "Records in words, a line per field or per record");
@@ -121,11 +140,12 @@ void addExport(CLI::App& app, CommandLine& line) {
     addFiles(command, line);
     command.add_option_function<std::string>(
                    "--format", [&line](Text text) { line.format = formatOf(text); },
-                   "csv, ndjson or sqlite")
+                   "csv, ndjson, sqlite, or trace for a trace viewer")
             ->type_name("FORMAT")
             ->required();
     command.add_option("-o", line.output, "Where to; standard output when left out")
             ->type_name("OUT");
+    addNames(command, line);
     addSelection(command, line);
 }
 
@@ -184,12 +204,13 @@ int answer(const CLI::App& app, const CLI::ParseError& error, int argc, const ch
 
 bool CommandLine::parse(int argc, const char* const* argv, int& status) {
     CLI::App app(
-            "Reads the dumps of the video data recorder: what is in them, single frames, "
-            "tables for queries, and a picture.",
+            "Reads the dumps of the video data recorder: what is in them, why frames "
+            "were lost, single frames, tables for queries, and a picture.",
             "vdrdump");
     app.set_version_flag("--version", std::string("vdrdump ") + VDRDUMP_VERSION);
     app.require_subcommand(1);
     addInfo(app, *this);
+    addExplain(app, *this);
     addShow(app, *this);
     addExport(app, *this);
     addPlot(app, *this);

@@ -11,8 +11,8 @@ namespace vdrdump {
 
 // What the user asked for.
 struct CommandLine {
-    enum class Command : uint8_t { Info, Show, Export, Plot, Fields };
-    enum class Format : uint8_t { Csv, Ndjson, Sqlite };
+    enum class Command : uint8_t { Info, Explain, Show, Export, Plot, Fields };
+    enum class Format : uint8_t { Csv, Ndjson, Sqlite, Trace };
 
     Command command = Command::Info;
     std::vector<std::string> files;  // "-": standard input
@@ -20,10 +20,12 @@ struct CommandLine {
     std::vector<std::string> fieldNames;
     FieldChoice fields;
     bool isTable = false;    // show
-    bool isJson = false;     // info
+    bool isJson = false;     // info, explain
     bool namesOnly = false;  // fields
     Format format = Format::Csv;
     std::string output = "-";
+    std::string log;    // explain
+    std::string names;  // explain, export
 
     // False when there is nothing left to do: help was asked for or the usage is wrong, which has
     // been answered; `status` is then how to exit.

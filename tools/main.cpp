@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "tools/CommandLine.h"
+#include "tools/explain/explainDumps.h"
 #include "tools/plot/PlotSink.h"
 #include "tools/sink/CsvSink.h"
 #include "tools/sink/DumpPass.h"
@@ -16,6 +17,7 @@
 #include "tools/sink/SqliteSink.h"
 #include "tools/sink/TableSink.h"
 #include "tools/sink/printFields.h"
+#include "tools/trace/exportTrace.h"
 
 namespace {
 
@@ -44,7 +46,7 @@ std::unique_ptr<vdrdump::RecordSink> makeSink(const CommandLine& line,
             return std::make_unique<vdrdump::CsvSink>(line.output, line.fields);
         case CommandLine::Format::Ndjson:
             return std::make_unique<vdrdump::NdjsonSink>(line.output, line.fields);
-        case CommandLine::Format::Sqlite:
+        default:
             break;
     }
     return std::make_unique<vdrdump::SqliteSink>(line.output, line.fields);
@@ -55,9 +57,20 @@ bool printsWhileReading(const CommandLine& line) {
            (line.command == CommandLine::Command::Export && line.output == "-");
 }
 
+vdrdump::LossRequest lossesOf(const CommandLine& line) {
+    return {line.files, line.selection.lost, line.log, line.selection.frames,
+            line.selection.session};
+}
+
 bool run(const CommandLine& line) {
     if (line.command == CommandLine::Command::Fields) {
         return vdrdump::printFields(line.fieldNames, line.namesOnly);
+    }
+    if (line.command == CommandLine::Command::Explain) {
+        return vdrdump::explainDumps({lossesOf(line), line.names, line.isJson});
+    }
+    if (line.command == CommandLine::Command::Export && line.format == CommandLine::Format::Trace) {
+        return vdrdump::exportTrace({lossesOf(line), line.names, line.output});
     }
     vdrdump::Progress progress(line.files, !printsWhileReading(line) || isatty(STDOUT_FILENO) == 0);
     const std::unique_ptr<vdrdump::RecordSink> sink = makeSink(line, progress);

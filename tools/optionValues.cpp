@@ -84,6 +84,14 @@ void checkOutput(const CommandLine& line) {
         line.output == "-") {
         throw CLI::ValidationError("-o", "a database needs a file name");
     }
+    const bool isTrace =
+            line.command == Command::Export && line.format == CommandLine::Format::Trace;
+    if (isTrace && !line.fieldNames.empty()) {
+        throw CLI::ValidationError("--field", "a trace has no fields to choose");
+    }
+    if (line.command == Command::Export && !isTrace && !line.names.empty()) {
+        throw CLI::ValidationError("--names", "only a trace has names of nodes");
+    }
     // A dump that is gone because it was also named as the output is gone for good.
     for (const std::string& file : line.files) {
         if (isSameFile(file, line.output)) {
@@ -139,13 +147,13 @@ uint32_t sessionOf(const std::string& text) {
 }
 
 CommandLine::Format formatOf(const std::string& text) {
-    const std::vector<std::string> names = {"csv", "ndjson", "sqlite"};
+    const std::vector<std::string> names = {"csv", "ndjson", "sqlite", "trace"};
     for (size_t i = 0; i < names.size(); ++i) {
         if (text == names[i]) {
             return static_cast<CommandLine::Format>(i);
         }
     }
-    throw CLI::ValidationError("--format", "expected csv, ndjson or sqlite, found " +
+    throw CLI::ValidationError("--format", "expected csv, ndjson, sqlite or trace, found " +
                                                    printablePath(text) + suggestion(text, names));
 }
 

@@ -5,8 +5,18 @@
 
 namespace vdrdump {
 
-// The clock of a session's stamps, whose unit no dump states: taken from how far the stamps of two
-// neighbouring frames are apart, which for 1 to 1000 frames a second leaves one unit only.
+// Ticks per second of a clock by which two neighbouring frames are `interval` ticks apart: for 1 to
+// 1000 frames a second one unit only comes into question. None for what is no camera.
+inline std::optional<double> ticksPerSecondOf(double interval) {
+    for (const double unit : {1e3, 1e6, 1e9}) {
+        if (interval >= unit / 1e3 && interval < unit) {
+            return unit;
+        }
+    }
+    return std::nullopt;
+}
+
+// The clock of a session's stamps, whose unit no dump states.
 class FrameClock {
 public:
     // Stamps that do not go up with the frames, and 0, which is none, are passed over.
@@ -28,13 +38,7 @@ public:
         if (mLastFrame == mFirstFrame) {
             return std::nullopt;
         }
-        const double interval = static_cast<double>(mLastStamp - mFirstStamp) / frames();
-        for (const double unit : {1e3, 1e6, 1e9}) {
-            if (interval >= unit / 1e3 && interval < unit) {
-                return unit;
-            }
-        }
-        return std::nullopt;
+        return ticksPerSecondOf(static_cast<double>(mLastStamp - mFirstStamp) / frames());
     }
     // Only where the unit is known.
     double seconds() const {
