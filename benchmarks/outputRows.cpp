@@ -6,11 +6,11 @@
 #include <string>
 
 #include "benchmarks/SampleFrame.h"
-#include "testing/SteppedLine.h"
 #include "benchmarks/rows.h"
 #include "frameloss/FrameLostTxtFile.h"
 #include "platform/Files.h"
 #include "records/makeFrameContent.h"
+#include "testing/SteppedLine.h"
 
 namespace zk::bench {
 namespace {

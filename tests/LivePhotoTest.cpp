@@ -1,17 +1,22 @@
 #include <fcntl.h>
 #include <json/reader.h>
 #include <json/value.h>
+#include <sched.h>
 #include <sys/eventfd.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <numeric>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "livephoto/LivePhotoRequest.h"
@@ -256,6 +261,64 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
                   row.reply[0] == 'n' ? 0U : 1U);
         EXPECT_EQ(allFrames(), (Frames{1, 2})) << "the records stay queued";
     }
+}
+
+// A file on a disk of its own, which nobody else sees and which is gone with the file. Negative
+// where that is not allowed.
+int openSmallDisk(const std::string& folder, size_t size) {
+    int fd = -1;
+    std::thread([&] {
+        const std::string options = "size=" + std::to_string(size);
+        std::filesystem::create_directory(folder);
+        if (unshare(CLONE_NEWNS) == 0 &&
+            mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+            mount("vdr", folder.c_str(), "tmpfs", 0, options.c_str()) == 0) {
+            fd = open((folder + "/buffer").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        }
+    }).join();
+    return fd;
+}
+
+// The application cuts its buffer and makes it long again, all the time.
+TEST_F(LivePhotoTest, BufferThatShrinksMeanwhile_IsServedOrNot) {
+    constexpr int kPosts = 3000;
+    constexpr uint32_t kRecords = 16;
+    openListening();
+    queueFrames(1, kRecords);
+    for (const int fd : {memory(kRecords * kPage), openBuffer(kRecords * kPage)}) {
+        std::atomic<bool> isOver{false};
+        std::thread application([&] {
+            for (size_t size = 0; !isOver; size = (size + 5000) % (kRecords * kPage)) {
+                EXPECT_EQ(ftruncate(fd, static_cast<off_t>(size)), 0);
+                EXPECT_EQ(ftruncate(fd, kRecords * kPage), 0);
+            }
+        });
+        std::set<std::string> replies;
+        for (int i = 0; i < kPosts; ++i) {
+            replies.insert(post(dup(fd), requestFor(0, 99, kRecords * kPage)));
+        }
+        isOver = true;
+        application.join();
+        EXPECT_EQ(sizeOf(fd), kRecords * kPage);
+        EXPECT_EQ(post(fd, requestFor(0, 99, kRecords * kPage)), "1 shot 1");
+        replies.erase("1 shot 1");
+        EXPECT_EQ(replies, std::set<std::string>{"0 shot 1"});
+    }
+}
+
+// A file of holes, the disk of which has room for half of them.
+TEST_F(LivePhotoTest, FullDisk_AnswersStateZero) {
+    openListening();
+    queueFrames(1, 8);
+    const std::string disk = onHost("/disk");
+    const int fd = openSmallDisk(disk, 4 * kPage);
+    if (fd < 0) {
+        GTEST_SKIP() << "only root may mount one";
+    }
+    EXPECT_EQ(ftruncate(fd, 8 * kPage), 0);
+    EXPECT_EQ(post(fd, requestFor(0, 9, 8 * kPage)), "0 shot 1");
+    EXPECT_EQ(countLogged("postQueue need size:32768!"), 1U);
+    EXPECT_EQ(countLogged("munmapRet 0!"), 1U);
 }
 
 // The process's limit on file sizes, behind which a write also sends a signal that ends it.
