@@ -1,5 +1,7 @@
 #include "platform/Files.h"
 
+#include <unistd.h>
+
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -109,7 +111,7 @@ int zk::platform::duplicate(std::FILE* file) {
 
 int zk::platform::changeModeAndClose(int fd, mode_t mode) {
     if (failsNow(host::FileCall::kChangeMode)) {
-        changeDescriptorMode(fd, 0);
+        ::close(fd);
         errno = EPERM;
         return -1;
     }
