@@ -2,7 +2,7 @@
 # and Debian's libunwind-14-dev, which comes with clang's C++ library, stands in for it without one.
 find_package(PkgConfig QUIET)
 if(PkgConfig_FOUND)
-  pkg_check_modules(GStreamer_GOBJECT QUIET IMPORTED_TARGET gobject-2.0)
+  pkg_check_modules(GStreamer_GOBJECT QUIET IMPORTED_TARGET GLOBAL gobject-2.0)
 endif()
 find_path(GStreamer_INCLUDE_DIR gst/gst.h PATH_SUFFIXES gstreamer-1.0)
 find_library(GStreamer_LIBRARY gstreamer-1.0)
@@ -18,7 +18,7 @@ find_package_handle_standard_args(GStreamer
   VERSION_VAR GStreamer_VERSION)
 mark_as_advanced(GStreamer_INCLUDE_DIR GStreamer_LIBRARY)
 if(GStreamer_FOUND AND NOT TARGET GStreamer::GStreamer)
-  add_library(GStreamer::GStreamer UNKNOWN IMPORTED)
+  add_library(GStreamer::GStreamer UNKNOWN IMPORTED GLOBAL)
   set_target_properties(GStreamer::GStreamer PROPERTIES
     IMPORTED_LOCATION ${GStreamer_LIBRARY}
     INTERFACE_INCLUDE_DIRECTORIES ${GStreamer_INCLUDE_DIR}

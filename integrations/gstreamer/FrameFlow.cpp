@@ -37,9 +37,15 @@ uint32_t FrameFlow::handOn(NodeIndex index, const BufferMark& mark, const Handin
         return kNoFrame;
     }
     Node& node = *found;
-    Entry* const entry = node.inside.leaving(mark, handing.calledWith);
+    Entry* entry = node.inside.known(mark);
+    if (entry == nullptr && isCopy(node, mark)) {
+        return handOnCopy(node);
+    }
     if (entry == nullptr) {
-        return handing.isSource ? begin(index, mark, handing.now) : handOnCopy(node, mark);
+        entry = node.inside.likely(mark, handing.calledWith);
+    }
+    if (entry == nullptr) {
+        return handing.isSource ? begin(index, mark, handing.now) : kNoFrame;
     }
     const uint32_t frame = entry->frame;
     FrameTrace& trace = *traceOf(frame);
@@ -49,19 +55,28 @@ uint32_t FrameFlow::handOn(NodeIndex index, const BufferMark& mark, const Handin
     node.lastMemory = mark.memory;
     node.lastFrame = frame;
     const bool isCalled = entry->calls > 0;
-    mScratch.clear();
-    node.inside.findOvertaken(*entry, mark, mScratch);
-    for (const uint32_t overtaken : mScratch) {
-        if (!node.traits.dropsByDesign) {
-            lose(index, overtaken, LossKind::kOvertaken, handing.now);
-        }
-        leaves(node, overtaken);
-    }
+    overtake(node, index, *entry, mark, handing.now);
     if (!isCalled) {
         leaves(node, frame);
     }
     reportThrough();
     return frame;
+}
+
+// Of a mixer's frames nobody sees whether they went into the picture or were left out.
+void FrameFlow::overtake(Node& node, NodeIndex index, const Entry& leaver, const BufferMark& mark,
+                         uint64_t now) {
+    mScratch.clear();
+    node.inside.findOvertaken(leaver, mark, mScratch);
+    for (const uint32_t frame : mScratch) {
+        FrameTrace& trace = *traceOf(frame);
+        if (node.traits.isMixer) {
+            trace.passages[passageOf(trace, index)].handedOnAt = now;
+        } else if (!node.traits.dropsByDesign) {
+            lose(index, frame, LossKind::kOvertaken, now);
+        }
+        leaves(node, frame);
+    }
 }
 
 // What an element does on a thread of its own begins when that thread is free for it; whatever it
@@ -99,10 +114,15 @@ uint32_t FrameFlow::begin(NodeIndex node, const BufferMark& mark, uint64_t now) 
     return number;
 }
 
-// An element that repeats a frame, as for a higher rate, passes its memory on once more.
-uint32_t FrameFlow::handOnCopy(const Node& node, const BufferMark& mark) {
-    FrameTrace* const trace =
-            mark.memory == node.lastMemory ? traceOf(node.lastFrame) : nullptr;
+// An element that repeats a frame, as for a higher rate, passes its memory on once more, with a time
+// of its own. Without times it might be memory that was used again.
+bool FrameFlow::isCopy(const Node& node, const BufferMark& mark) {
+    return mark.memory != nullptr && mark.memory == node.lastMemory &&
+           mark.presentation != kNoTime;
+}
+
+uint32_t FrameFlow::handOnCopy(const Node& node) {
+    FrameTrace* const trace = traceOf(node.lastFrame);
     if (trace == nullptr) {
         return kNoFrame;
     }
@@ -225,7 +245,7 @@ void FrameFlow::ended(NodeIndex index, uint64_t now) {
     mScratch.clear();
     node.inside.findResting(mScratch);
     for (const uint32_t frame : mScratch) {
-        if (!node.traits.dropsByDesign && !node.traits.isSink) {
+        if (!node.traits.dropsByDesign && !node.traits.isMixer && !node.traits.isSink) {
             lose(index, frame, LossKind::kOvertaken, now);
         }
         leaves(node, frame);
@@ -246,7 +266,7 @@ void FrameFlow::close() {
 
 FrameFlow::Node* FrameFlow::nodeAt(NodeIndex node) {
     return node >= mFirstNode && node - mFirstNode < mNodes.size() ? &mNodes[node - mFirstNode]
-                                                                    : nullptr;
+                                                                   : nullptr;
 }
 
 FrameTrace* FrameFlow::traceOf(uint32_t frame) {

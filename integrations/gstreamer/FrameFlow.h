@@ -17,15 +17,17 @@ namespace vdrgst {
 struct NodeTraits {
     std::string name;
     Order order = Order::kArrival;
-    bool isSink = false;        // nothing that leaves it is a frame: renderers, muxers
-    bool dropsByDesign = false; // frames that it drops are no losses
-    bool keepsNothing = false;  // what has not left when a call returns has been dropped
+    bool isSink = false;         // nothing that leaves it is a frame: renderers, muxers
+    bool isMixer = false;        // makes one frame of several, and goes on with the first of them
+    bool dropsByDesign = false;  // frames that it drops are no losses; so with mixers
+    bool keepsNothing = false;   // what has not left when a call returns has been dropped
 };
 
 // Where the frames of one pipeline are, and which of them are lost. It knows no GStreamer: whoever
 // sees the buffers tells it what happens.
 //
-//   source ──handOn: born──> in the air ──arrive──> inside an element ──handOn──> in the air ──> ...
+//   source ──handOn: born──> in the air ──arrive──> inside an element ──handOn──> in the air ──>
+//   ...
 //                                │                      │
 //                             landed                    ├─ callReturned, of a sink or once it left
 //                                │                      ├─ overtaken, dropped or failed: a loss
@@ -90,8 +92,8 @@ private:
 
         NodeTraits traits;
         FramesInside inside;
-        bool hasThread = false;      // frames leave it on a thread of its own
-        uint64_t freeSince = 0;      // that thread, from its last frame
+        bool hasThread = false;            // frames leave it on a thread of its own
+        uint64_t freeSince = 0;            // that thread, from its last frame
         const void* lastMemory = nullptr;  // of what left it last
         uint32_t lastFrame = kNoFrame;
     };
@@ -100,9 +102,12 @@ private:
     Node* nodeAt(NodeIndex node);
     FrameTrace* traceOf(uint32_t frame);
     uint32_t begin(NodeIndex node, const BufferMark& mark, uint64_t now);
-    uint32_t handOnCopy(const Node& node, const BufferMark& mark);
+    static bool isCopy(const Node& node, const BufferMark& mark);
+    uint32_t handOnCopy(const Node& node);
     static void stampHandOn(Node& node, Passage& passage, const Handing& handing);
     size_t passageOf(FrameTrace& trace, NodeIndex node);
+    void overtake(Node& node, NodeIndex index, const Entry& leaver, const BufferMark& mark,
+                  uint64_t now);
     void lose(NodeIndex node, uint32_t frame, LossKind kind, uint64_t now);
     void leaves(Node& node, uint32_t frame);
     void giveUpOldest();
@@ -110,7 +115,7 @@ private:
 
     FrameReceiver& mReceiver;
 
-    std::mutex mMutex;  // guards all below
+    std::mutex mMutex;        // guards all below
     std::deque<Node> mNodes;  // mFirstNode and on
     NodeIndex mFirstNode = 0;
     std::deque<std::unique_ptr<FrameTrace>> mTraces;  // of frames mFirst and on

@@ -52,17 +52,18 @@ FramesInside::Entry* FramesInside::at(int64_t presentation) {
     return nearest;
 }
 
-FramesInside::Entry* FramesInside::leaving(const BufferMark& mark, uint32_t calledWith) {
-    if (Entry* entry = at(mark.presentation); entry != nullptr) {
+FramesInside::Entry* FramesInside::known(const BufferMark& mark) {
+    if (Entry* entry = at(mark.presentation); entry != nullptr || mark.memory == nullptr) {
         return entry;
     }
     // Elements that only change times pass the memory on; the newest, since memory is used again.
     const auto same = std::find_if(mEntries.rbegin(), mEntries.rend(), [&mark](const Entry& entry) {
         return entry.mark.memory == mark.memory;
     });
-    if (same != mEntries.rend()) {
-        return &*same;
-    }
+    return same != mEntries.rend() ? &*same : nullptr;
+}
+
+FramesInside::Entry* FramesInside::likely(const BufferMark& mark, uint32_t calledWith) {
     Entry* const called = mOrder == Order::kArrival ? find(calledWith) : nullptr;
     if (called != nullptr && !called->isOut) {
         return called;

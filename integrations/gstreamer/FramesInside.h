@@ -35,9 +35,12 @@ public:
     Entry& add(uint32_t frame, const BufferMark& mark, size_t passage);
     // Null where it is not inside.
     Entry* find(uint32_t frame);
-    // Which of them leaves the element in this buffer; null: none that is known. `calledWith`: the
-    // frame with which the calling thread was sent into the element.
-    Entry* leaving(const BufferMark& mark, uint32_t calledWith);
+    // Which of them is in a buffer that leaves the element: by time, and by memory where that does
+    // not tell; null where neither does.
+    Entry* known(const BufferMark& mark);
+    // Which it may be else: that with which the calling thread was sent into the element, or the
+    // oldest where there are no times.
+    Entry* likely(const BufferMark& mark, uint32_t calledWith);
     // Which of them has this running time.
     Entry* at(int64_t presentation);
     // Those that cannot leave any more, now that `leaver` leaves in this buffer.

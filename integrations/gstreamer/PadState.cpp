@@ -16,8 +16,7 @@ int64_t runningTime(const GstSegment& segment, GstClockTime time) {
         return kNoTime;
     }
     guint64 distance = 0;
-    const gint sign =
-            gst_segment_to_running_time_full(&segment, GST_FORMAT_TIME, time, &distance);
+    const gint sign = gst_segment_to_running_time_full(&segment, GST_FORMAT_TIME, time, &distance);
     return sign == 0 ? kNoTime : sign * static_cast<int64_t>(distance);
 }
 
@@ -58,9 +57,8 @@ PadState& PadState::of(GstPad* pad) {
         state = static_cast<PadState*>(g_object_get_qdata(G_OBJECT(pad), quark()));
         if (state == nullptr) {
             state = new PadState(pad);
-            g_object_set_qdata_full(G_OBJECT(pad), quark(), state, [](gpointer data) {
-                delete static_cast<PadState*>(data);
-            });
+            g_object_set_qdata_full(G_OBJECT(pad), quark(), state,
+                                    [](gpointer data) { delete static_cast<PadState*>(data); });
         }
     }
     return *state;

@@ -147,9 +147,8 @@ void PipelineWatch::handOn(ThreadCalls& calls, PadState& state, GstPad* pad, Gst
     const BufferMark mark = state.markOf(buffer);
     const ThreadCalls::Inside inside = calls.inside(state.place.node);
     const bool isThreadOfElement = !inside.isInside && GST_PAD_TASK(pad) != nullptr;
-    const uint32_t frame =
-            mFlow.handOn(state.place.node, mark,
-                         {now, inside.frame, isThreadOfElement, state.isSource()});
+    const uint32_t frame = mFlow.handOn(state.place.node, mark,
+                                        {now, inside.frame, isThreadOfElement, state.isSource()});
     calls.addPushed({buffer, frame, mark});
 }
 
@@ -264,8 +263,8 @@ void PipelineWatch::elementPostMessagePre(uint64_t now, GstElement* element, Gst
 
 void PipelineWatch::elementChangeStatePost(GstElement* element, GstStateChange change) {
     // No streaming thread of it runs any more.
-    if (element == mServed && (change == GST_STATE_CHANGE_PAUSED_TO_READY ||
-                               change == GST_STATE_CHANGE_READY_TO_NULL)) {
+    if (element == mServed &&
+        (change == GST_STATE_CHANGE_PAUSED_TO_READY || change == GST_STATE_CHANGE_READY_TO_NULL)) {
         stopServing();
     }
 }

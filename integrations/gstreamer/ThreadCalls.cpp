@@ -41,7 +41,8 @@ void ThreadCalls::leave(uint64_t now) {
 ThreadCalls::Inside ThreadCalls::inside(NodeIndex node) const {
     for (auto call = mCalls.rbegin(); call != mCalls.rend(); ++call) {
         if (!call->isPush && call->node == node) {
-            return {true, call->count > 0 ? mPushed[call->first + call->count - 1].frame : kNoFrame};
+            return {true,
+                    call->count > 0 ? mPushed[call->first + call->count - 1].frame : kNoFrame};
         }
     }
     return {false, kNoFrame};

@@ -27,9 +27,10 @@ gboolean take(GQuark field, const GValue* value, gpointer data) {
     } else if (std::strcmp(name, "level") == 0 && G_VALUE_HOLDS_INT(value)) {
         options.level = g_value_get_int(value);
     } else {
-        GST_WARNING("parameter %s is unknown or of another type: root=FOLDER, binary=BOOLEAN and "
-                    "level=1 or 2 are known",
-                    name);
+        GST_WARNING(
+                "parameter %s is unknown or of another type: root=FOLDER, binary=BOOLEAN and "
+                "level=1 or 2 are known",
+                name);
     }
     return TRUE;
 }

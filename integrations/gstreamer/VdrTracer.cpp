@@ -124,9 +124,9 @@ void finalize(GObject* object) {
 }
 
 GstStructure* statisticsOf(VdrTracer* self) {
-    const FrameRecorder::Statistics all =
-            *self->recorder != nullptr ? (*self->recorder)->statistics()
-                                       : FrameRecorder::Statistics{};
+    const FrameRecorder::Statistics all = *self->recorder != nullptr
+                                                  ? (*self->recorder)->statistics()
+                                                  : FrameRecorder::Statistics{};
     return gst_structure_new("vdr-statistics", "pipelines", G_TYPE_UINT, all.sessions, "frames",
                              G_TYPE_UINT64, all.frames, "lost", G_TYPE_UINT64, all.lost, "bare",
                              G_TYPE_UINT64, all.bare, "announced", G_TYPE_UINT,
@@ -151,9 +151,10 @@ void initClass(gpointer klass, gpointer /*data*/) {
     objectClass->get_property = getProperty;
     g_object_class_install_property(
             objectClass, kStatistics,
-            g_param_spec_boxed("statistics", "Statistics", "What was recorded, and what was lost",
-                               GST_TYPE_STRUCTURE,
-                               static_cast<GParamFlags>(G_PARAM_READABLE | G_PARAM_STATIC_STRINGS)));
+            g_param_spec_boxed(
+                    "statistics", "Statistics", "What was recorded, and what was lost",
+                    GST_TYPE_STRUCTURE,
+                    static_cast<GParamFlags>(G_PARAM_READABLE | G_PARAM_STATIC_STRINGS)));
 }
 
 void initInstance(GTypeInstance* instance, gpointer /*klass*/) {

@@ -54,10 +54,9 @@ NodeTraits nodeTraitsOf(GstElement* element) {
     const bool isCodec = kind != nullptr && (std::strstr(kind, "Encoder") != nullptr ||
                                              std::strstr(kind, "Decoder") != nullptr);
     traits.keepsNothing = isAmong(kGates, factory);
-    // What makes one frame of several leaves out those that come too often.
-    const bool isMixer = element->numsinkpads > 1 && element->numsrcpads == 1;
-    traits.dropsByDesign = traits.keepsNothing || isAmong(kRates, factory) || isMixer;
-    traits.order = isCodec || isMixer ? Order::kTime : Order::kArrival;
+    traits.dropsByDesign = traits.keepsNothing || isAmong(kRates, factory);
+    traits.isMixer = !traits.dropsByDesign && element->numsinkpads > 1 && element->numsrcpads == 1;
+    traits.order = isCodec || traits.isMixer ? Order::kTime : Order::kArrival;
     traits.isSink = isSinkOfFrames(element);
     return traits;
 }
