@@ -114,11 +114,10 @@ uint32_t FrameFlow::begin(NodeIndex node, const BufferMark& mark, uint64_t now) 
     return number;
 }
 
-// An element that repeats a frame, as for a higher rate, passes its memory on once more, with a time
-// of its own. Without times it might be memory that was used again.
+// An element that repeats a frame, as for a higher rate, passes its memory on once more, with a
+// time of its own. Without times it might be memory that was used again.
 bool FrameFlow::isCopy(const Node& node, const BufferMark& mark) {
-    return mark.memory != nullptr && mark.memory == node.lastMemory &&
-           mark.presentation != kNoTime;
+    return mark.memory != nullptr && mark.memory == node.lastMemory && mark.presentation != kNoTime;
 }
 
 uint32_t FrameFlow::handOnCopy(const Node& node) {

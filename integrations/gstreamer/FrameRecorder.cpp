@@ -5,6 +5,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/host/ThreadPoolControl.h"
 #include "records/FieldTags.h"
 #include "records/VDRData1Layout.h"
 #include "sysstatus/SysStatusCollection.h"
@@ -72,6 +73,8 @@ void FrameRecorder::close() {
     }
     mWorker.join();
     mRecorder.unInitialize();
+    // Whoever stops a pipeline may end the process next.
+    zk::host::waitForThreadPool();
     mAnnouncer.awaitOutcomes();
     const std::lock_guard guard(mMutex);
     mStatistics.losses = mAnnouncer.outcomes();

@@ -41,8 +41,8 @@ public:
 
     // False where the recorder stays closed; its log says why.
     bool open();
-    // Every frame has been told. Returns when its record is written out and the losses' promises
-    // are kept, or after some two seconds.
+    // Every frame has been told. Returns when all is written, and the losses' promises are kept or
+    // two seconds have passed.
     void close();
 
     // Final after close.

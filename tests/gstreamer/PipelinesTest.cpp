@@ -64,15 +64,14 @@ TEST_F(PipelinesTest, NothingIsLost_EveryFrameIsRecordedWithEveryElement) {
             {"a muxer", SOURCE "! jpegenc ! matroskamux ! fakesink name=sink",
              "videotestsrc capsfilter jpegenc matroskamux sink", 40},
             {"packets, several of a frame",
-             SOURCE "! jpegenc ! rtpjpegpay mtu=200 ! "
-                    "fakesink name=sink",
-             "videotestsrc capsfilter jpegenc rtpjpegpay sink", 40},
+             SOURCE "! x264enc ! rtph264pay mtu=100 ! fakesink name=sink",
+             "videotestsrc capsfilter x264enc rtph264pay sink", 40},
             {"repeated frames",
              SOURCE "! videorate ! video/x-raw,framerate=90/1 ! videoconvert ! "
                     "fakesink name=sink",
              "videotestsrc capsfilter videorate capsfilter videoconvert sink", 40},
             {"branches", SOURCE "! tee name=t ! queue ! fakesink t. ! queue ! jpegenc ! fakesink",
-             "videotestsrc capsfilter tee queue queue", 40},
+             "videotestsrc capsfilter t queue queue", 40},
             {"no times, other memory",
              "fakesrc num-buffers=40 sizetype=fixed sizemax=4608 ! "
              "video/x-raw,format=I420,width=64,height=48,framerate=30/1 ! videoconvert ! "
@@ -117,7 +116,7 @@ TEST_F(PipelinesTest, Branches_AFrameIsThroughWhenEverySinkHasIt) {
     Gate slowBranch;
     TracedPipeline pipeline(SOURCE
                             "! tee name=t ! queue ! fakesink name=fast async=false "
-                            "t. ! queue name=slow ! identity name=stop ! "
+                            "t. ! queue name=slow max-size-time=0 ! identity name=stop ! "
                             "fakesink name=late async=false");
     pipeline.onBuffer("stop", [&](int) { slowBranch.pass(); });
     pipeline.onEndOfStream("fast", [&] { slowBranch.open(); });
@@ -195,7 +194,7 @@ TEST_F(PipelinesTest, TwoAtOnce_TheSecondGetsALineInTheLogAndNothing) {
     EXPECT_EQ(traced::records().back().nodes.back().name, "sinkOfThird");
 }
 
-TEST_F(PipelinesTest, Record_TellsCostsAndTheStateOfTheDevice) {
+TEST_F(PipelinesTest, Record_TellsCosts) {
     {
         TracedPipeline pipeline(SOURCE
                                 "! identity name=slow sleep-time=7000 ! "
@@ -206,11 +205,24 @@ TEST_F(PipelinesTest, Record_TellsCostsAndTheStateOfTheDevice) {
     ASSERT_EQ(record.costs.size(), 3U);  // none of source and sink
     EXPECT_STREQ(record.costs[1].name, "slow");
     EXPECT_GE(record.costs[1].cost, 7);
-    const uint32_t number = record.nodes.at(3).info.ids[1];
+    // What does not fit is told apart by the element's number.
+    const std::string number = '#' + std::to_string(record.nodes.at(3).info.ids[1]);
     EXPECT_EQ(record.nodes.at(3).name, "converter12");
-    EXPECT_EQ(record.costs[2].name, std::string("converter12").substr(0, number < 10 ? 3 : 2) +
-                                            '#' + std::to_string(number));
-    const uint32_t memory = record.status.memAvailable;
+    EXPECT_EQ(record.costs[2].name,
+              std::string("converter12").substr(0, 5 - number.size()) + number);
+}
+
+TEST_F(PipelinesTest, Record_TellsTheStateOfTheDevice) {
+    uint32_t memory = 0;
+    // The sampler has a thread of its own, which a busy machine may start late.
+    for (int attempt = 0; attempt < 50 && memory == 0; ++attempt) {
+        traced::forget();
+        {
+            TracedPipeline pipeline(SOURCE "! identity sleep-time=5000 ! fakesink");
+            ASSERT_TRUE(pipeline.runsToItsEnd());
+        }
+        memory = traced::records().back().status.memAvailable;
+    }
     EXPECT_GT(memory, 0U);
 }
 

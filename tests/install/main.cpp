@@ -1,14 +1,21 @@
+#include <platform/SyncManager.h>
+#include <platform/host/FileControl.h>
+#include <platform/host/LogControl.h>
+#include <platform/host/MonitoringService.h>
 #include <recorder/IVideoDataRecoder.h>
 #include <records/FieldTags.h>
 #include <records/VDRData1Layout.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <string>
 
-// Records a frame and reads it again.
-int main() {
-    zk::IVideoDataRecoder& recorder = *zk::getVideoDataRecoderInstance();
-    recorder.initialize(1, -1);
+namespace {
+
+// A frame with a node, as it is read again from the record.
+bool recordsAFrame(zk::IVideoDataRecoder& recorder) {
     const uint32_t number = 7;
     recorder.VDRProcessing(number);
     recorder.writeMaintain(number, zk::tag::frameNumber, &number);
@@ -25,9 +32,45 @@ int main() {
         std::memcpy(&record, block, sizeof(record));
     }
     recorder.VDRReport(number);
+    return record.zoomRatio == zoomRatio && record.nodeInfoCount == 1 &&
+           std::memcmp(&record.nodeInfo[0], &node, sizeof(node)) == 0;
+}
+
+bool isRefused(uint64_t lossTimeStamp) {
+    auto* promises = zk::SyncManager::getInstance();
+    const auto future = promises->getFuture(lossTimeStamp);
+    auto& service = zk::host::MonitoringService::instance();
+    service.announceFrameDrop(lossTimeStamp, 100);
+    service.waitUntilDelivered();
+    return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
+
+}  // namespace
+
+// A client that knows the installed library and the means to steer the device's stand-ins. Whether
+// every record goes into a binary file is decided by its environment.
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fputs("usage: outside FOLDER\n", stderr);
+        return 2;
+    }
+    namespace fs = std::filesystem;
+    const std::string root = argv[1];
+    fs::create_directories(root + "/data/vendor/camera");
+    zk::host::setRootFolder(root);
+    zk::host::startLogCapture();
+
+    zk::IVideoDataRecoder& recorder = *zk::getVideoDataRecoderInstance();
+    recorder.initialize(1, -1);
+    const bool isRecorded = recordsAFrame(recorder);
+    const bool isRefusedAtOnce = isRefused(1'000'000);
     recorder.unInitialize();
-    const bool isRecorded = record.zoomRatio == zoomRatio && record.nodeInfoCount == 1 &&
-                            std::memcmp(&record.nodeInfo[0], &node, sizeof(node)) == 0;
-    std::puts(isRecorded ? "the frame is recorded" : "the frame is not recorded");
-    return isRecorded ? 0 : 1;
+    const bool isKept = zk::SyncManager::getInstance()->getFuture(1'000'000).wait_for(
+                                std::chrono::seconds(0)) == std::future_status::ready;
+    const bool hasFile = !fs::is_empty(root + "/data/vendor/camera");
+    const bool isLogged = !zk::host::capturedLog().empty();
+
+    std::printf("recorded: %d, binary file: %d, loss taken: %d, promise kept: %d, logged: %d\n",
+                isRecorded, hasFile, !isRefusedAtOnce, isKept, isLogged);
+    return isRecorded && hasFile && !isRefusedAtOnce && isKept && isLogged ? 0 : 1;
 }
