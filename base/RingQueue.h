@@ -30,10 +30,6 @@ public:
     size_t size() const { return mSize; }
     bool empty() const { return mSize == 0; }
     size_t capacity() const { return mCapacity; }
-    // Counted from the front; `index` must be below size().
-    T& operator[](size_t index) { return mItems[slot(index)]; }
-    const T& operator[](size_t index) const { return mItems[slot(index)]; }
-    T& front() { return mItems[mFront]; }
     const T& front() const { return mItems[mFront]; }
 
     // False, with nothing changed, where memory is refused.
@@ -53,10 +49,10 @@ public:
 
     // `count` is at most size().
     void dropNewest(size_t count) { mSize -= count; }
-    // Copies of the `count` newest elements of `other`, which has as many; there must be room.
-    void appendNewest(const RingQueue& other, size_t count) {
-        for (size_t i = other.mSize - count; i < other.mSize; ++i) {
-            push_back(other[i]);
+    // Copies of `count` elements of `other` from its place `first` on; there must be room for them.
+    void append(const RingQueue& other, size_t first, size_t count) {
+        for (size_t i = first; i < first + count; ++i) {
+            push_back(other.mItems[other.slot(i)]);
         }
     }
 
@@ -74,22 +70,12 @@ public:
         if (items == nullptr) {
             return false;
         }
-        copyTo(items, mSize);
+        copyTo(items);
         std::free(mItems);
         mItems = items;
         mCapacity = capacity;
         mFront = 0;
         return true;
-    }
-
-    // A queue of copies of the `count` oldest elements; shorter where memory is refused.
-    RingQueue oldest(size_t count) const {
-        RingQueue result;
-        if (count > 0 && result.reserve(count)) {
-            copyTo(result.mItems, count);
-            result.mSize = count;
-        }
-        return result;
     }
 
 private:
@@ -100,12 +86,12 @@ private:
         return place < mCapacity ? place : place - mCapacity;
     }
 
-    void copyTo(T* items, size_t count) const {
-        const size_t untilWrap = count < mCapacity - mFront ? count : mCapacity - mFront;
-        if (count > 0) {
+    void copyTo(T* items) const {
+        const size_t untilWrap = mSize < mCapacity - mFront ? mSize : mCapacity - mFront;
+        if (mSize > 0) {
             std::memcpy(static_cast<void*>(items), mItems + mFront, untilWrap * sizeof(T));
             std::memcpy(static_cast<void*>(items + untilWrap), mItems,
-                        (count - untilWrap) * sizeof(T));
+                        (mSize - untilWrap) * sizeof(T));
         }
     }
 

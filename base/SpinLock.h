@@ -23,8 +23,10 @@
 
 namespace zk {
 
-// The recorder's one kind of lock: one byte, no kernel object, a nap between attempts instead of
-// a busy loop, since its holders do no more than copy a record.
+// The recorder's one kind of lock: one byte, no kernel object. Whoever has to wait naps between
+// attempts, so that the holder gets the processor. Most holders copy a record or change a
+// container; where one does more, a log line or the disk, the class that has the lock says so.
+// Not recursive; docs/architecture.md says which may be taken while another is held.
 class VDR_CAPABILITY("SpinLock") SpinLock {
 public:
     SpinLock() = default;

@@ -10,14 +10,20 @@ namespace zk::bench {
 // Written out, so that a change of the recorder's lock does not change what it is measured by.
 class BareLock {
 public:
-    void pair() {
+    void lock() {
         bool expected = false;
         while (!mLocked.compare_exchange_weak(expected, true)) {
             usleep(10);
             expected = false;
         }
-        expected = true;
+    }
+    void unlock() {
+        bool expected = true;
         mLocked.compare_exchange_strong(expected, false);
+    }
+    void pair() {
+        lock();
+        unlock();
     }
 
     template <int kCount>

@@ -22,8 +22,7 @@ constexpr uint64_t kNow = 1700000000000000;  // microseconds, 2023-11-14 22:13:2
 Device::Device() : mRecorder(getVideoDataRecoderInstance()) {
     std::string root = (fs::temp_directory_path() / "vdr-bench-XXXXXX").string();
     mRoot = mkdtemp(root.data());
-    fs::create_directories(host::hostPath(mRoot.string() + kBinFolder));
-    fs::create_directories(host::hostPath(mRoot.string() + kLossFolder));
+    removeDumps();
     setenv("TZ", "UTC", 1);
     tzset();
     host::setRootFolder(mRoot);
@@ -52,6 +51,13 @@ Device::~Device() {
 
 fs::path Device::binFile() const {
     return mRoot.string() + kBinFolder + "/VIDEO_DEBUG_20231114_221320.bin";
+}
+
+void Device::removeDumps() {
+    for (const char* folder : {kBinFolder, kLossFolder}) {
+        fs::remove_all(mRoot.string() + folder);
+        fs::create_directories(mRoot.string() + folder);
+    }
 }
 
 void Device::sleepUntilTheEnd() {

@@ -29,6 +29,8 @@ public:
     const std::filesystem::path& folder() const { return mRoot; }
     // Where the recorder on which recording is on writes.
     std::filesystem::path binFile() const;
+    // Of both kinds.
+    void removeDumps();
 
 private:
     void sleepUntilTheEnd();

@@ -2,15 +2,18 @@
 #include <cstring>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "benchmarks/RatioReporter.h"
+#include "benchmarks/Tails.h"
 #include "benchmarks/rows.h"
 
 namespace {
 
 using zk::bench::Measurement;
 using zk::bench::Row;
+using zk::bench::Tail;
 
 constexpr int kRepetitions = 11;
 constexpr double kSecondsPerRepetition = 0.05;
@@ -28,10 +31,11 @@ void add(const Measurement& measurement, bool isSmoke) {
 
 }  // namespace
 
-// vdr_bench [--smoke] [--csv=FILE] and the options of the benchmark library
+// vdr_bench [--smoke] [--csv=FILE] [--tails=FILE] and the options of the benchmark library
 int main(int argc, char** argv) {
     bool isSmoke = false;
     std::string csv;
+    std::string tailsCsv;
     std::vector<char*> others = {argv[0]};
     std::string interleave = "--benchmark_enable_random_interleaving=true";
     others.push_back(interleave.data());
@@ -40,6 +44,8 @@ int main(int argc, char** argv) {
             isSmoke = true;
         } else if (std::strncmp(argv[i], "--csv=", 6) == 0) {
             csv = argv[i] + 6;
+        } else if (std::strncmp(argv[i], "--tails=", 8) == 0) {
+            tailsCsv = argv[i] + 8;
         } else {
             others.push_back(argv[i]);
         }
@@ -70,9 +76,19 @@ int main(int argc, char** argv) {
     } else {
         reporter.printTable(rows, stdout);
     }
-    if (!csv.empty() && !reporter.writeCsv(rows, csv)) {
-        std::perror(csv.c_str());
-        return 1;
+    std::vector<Tail> tails = zk::bench::measureTails(device, isSmoke ? 0.01 : 0.5);
+    for (Tail& tail : zk::bench::measureSlowDisk(device, isSmoke ? 0.1 : 5)) {
+        tails.push_back(std::move(tail));
+    }
+    std::printf("\n");
+    zk::bench::printTails(tails, stdout);
+    for (const auto& [path, isWritten] :
+         {std::pair(csv, csv.empty() || reporter.writeCsv(rows, csv)),
+          {tailsCsv, tailsCsv.empty() || zk::bench::writeTails(tails, tailsCsv)}}) {
+        if (!isWritten) {
+            std::perror(path.c_str());
+            return 1;
+        }
     }
     return reporter.hasFailed() ? 1 : 0;
 }

@@ -121,7 +121,7 @@ void FrameLossHistory::handOver(Step& step, size_t keptFrames) {
     // Where memory is refused the frames of the dump are worth more than those of a later one.
     step.isOutOfMemory = keptFrames > 0 && !mFrameLostDataQueue.reserve(kRoom);
     if (!step.isOutOfMemory) {
-        mFrameLostDataQueue.appendNewest(frames, keptFrames);
+        mFrameLostDataQueue.append(frames, frames.size() - keptFrames, keptFrames);
         frames.dropNewest(keptFrames);
     }
     step.dump = Dump{step.front, std::move(frames)};

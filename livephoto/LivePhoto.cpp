@@ -16,6 +16,20 @@
 
 namespace zk {
 
+void LivePhoto::open() {
+    // Before the lock: camera threads may be waiting for it.
+    std::unique_ptr<frameData[]> places(new (std::nothrow) frameData[kFrames]);
+    RingQueue<frameData> queue;
+    queue.reserve(kFrames);
+    const SpinLockGuard guard(mLivePhotoLock);
+    if (mLivePhotoDataMap == nullptr) {
+        mLivePhotoDataMap = std::move(places);
+    }
+    if (mOfflineVDRDataOut.capacity() == 0) {
+        mOfflineVDRDataOut = std::move(queue);
+    }
+}
+
 void LivePhoto::store(uint32_t frameNumber, const frameData& record) {
     const size_t place = frameNumber % kFrames;
     const SpinLockGuard guard(mLivePhotoLock);
@@ -59,16 +73,20 @@ void LivePhoto::DoneDataForLivePhoto(uint32_t frameNumber) {
 }
 
 LivePhoto::Post LivePhoto::select(uint32_t start, uint32_t end) {
+    // Wraps around: an end just before the start gives none, any earlier one gives all.
+    const size_t wanted = end - start + 1;
     Post post;
+    post.records.reserve(std::min(wanted, kFrames));  // before the lock, like the rest
+    post.droppedFrames.reserve(kFrames);
     const SpinLockGuard guard(mLivePhotoLock);
     while (!mOfflineVDRDataOut.empty() && mOfflineVDRDataOut.front().frameNumber() < start) {
         post.droppedFrames.push_back(mOfflineVDRDataOut.front().frameNumber());
         mOfflineVDRDataOut.pop_front();
     }
-    // Wraps around: an end just before the start gives none, any earlier one gives all.
-    const size_t wanted = end - start + 1;
     post.count = std::min(wanted, mOfflineVDRDataOut.size());
-    post.records = mOfflineVDRDataOut.oldest(post.count);
+    if (post.records.capacity() >= post.count) {
+        post.records.append(mOfflineVDRDataOut, 0, post.count);
+    }
     return post;
 }
 

@@ -23,6 +23,8 @@ class LivePhoto {
 public:
     using CamDataCb = std::function<void(uint32_t, std::string)>;
 
+    // A session opens: memory for the store and the queue, so that no frame of it waits for any.
+    void open();
     // Replaces whatever the store held in the frame's place.
     void store(uint32_t frameNumber, const frameData& record);
     // Writes a field into the stored record; nothing where there is none.
@@ -51,7 +53,7 @@ private:
     int32_t fill(SharedBuffer& buffer, const LivePhotoRequest& request);
 
     SpinLock mLivePhotoLock;
-    // Allocated with the first record and kept, so that the frame path does not allocate.
+    // Kept once allocated: when a session opens, or with the first record of a closed recorder.
     std::unique_ptr<frameData[]> mLivePhotoDataMap VDR_GUARDED_BY(mLivePhotoLock);
     std::bitset<kFrames> mIsStored VDR_GUARDED_BY(mLivePhotoLock);
     RingQueue<frameData> mOfflineVDRDataOut VDR_GUARDED_BY(mLivePhotoLock);  // oldest in front

@@ -32,34 +32,29 @@ int openForWriting(int fd) {
     return open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
 }
 
-// pwrite without the signal that ends a process beyond its limit on file sizes: the error is
-// enough. The limit itself may change at any time.
-ssize_t writeAt(int fd, const uint8_t* data, size_t size, off_t offset) {
-    sigset_t fileSize;
-    sigset_t pending;
-    sigset_t usual;
-    sigemptyset(&fileSize);
-    sigaddset(&fileSize, SIGXFSZ);
-    sigpending(&pending);
-    pthread_sigmask(SIG_BLOCK, &fileSize, &usual);
-    ssize_t written = 0;
-    do {
-        written = pwrite(fd, data, size, offset);
-    } while (written < 0 && errno == EINTR);
-    if (written < 0 && errno == EFBIG && sigismember(&pending, SIGXFSZ) == 0) {
-        const timespec now{};
-        sigtimedwait(&fileSize, nullptr, &now);
-    }
-    pthread_sigmask(SIG_SETMASK, &usual, nullptr);
-    return written;
-}
-
 size_t toEndOfPage(size_t size) {
     const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     return (size + page - 1) / page * page;
 }
 
 }  // namespace
+
+SharedBuffer::FileSizeSignal::FileSizeSignal() {
+    sigset_t pending;
+    sigpending(&pending);
+    mWasPending = sigismember(&pending, SIGXFSZ) == 1;
+    sigemptyset(&mSignal);
+    sigaddset(&mSignal, SIGXFSZ);
+    pthread_sigmask(SIG_BLOCK, &mSignal, &mUsual);
+}
+
+SharedBuffer::FileSizeSignal::~FileSizeSignal() {
+    if (!mWasPending) {
+        const timespec now{};
+        sigtimedwait(&mSignal, nullptr, &now);
+    }
+    pthread_sigmask(SIG_SETMASK, &mUsual, nullptr);
+}
 
 SharedBuffer::SharedBuffer(int fd, uint32_t size)
       : mFd(fcntl(fd, F_DUPFD_CLOEXEC, 0)),
@@ -107,12 +102,13 @@ bool SharedBuffer::write(size_t offset, const void* data, size_t size) {
     }
     const size_t end = std::min(offset + size, fileSize);
     while (offset < end) {
-        const ssize_t written = writeAt(mWriteFd, from, end - offset, static_cast<off_t>(offset));
-        if (written <= 0) {
+        const ssize_t written = pwrite(mWriteFd, from, end - offset, static_cast<off_t>(offset));
+        if (written > 0) {
+            offset += static_cast<size_t>(written);
+            from += written;
+        } else if (written == 0 || errno != EINTR) {
             return false;
         }
-        offset += static_cast<size_t>(written);
-        from += written;
     }
     return true;
 }

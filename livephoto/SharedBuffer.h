@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 
@@ -7,7 +8,7 @@ namespace zk {
 
 // The application's shared buffer: a mapping through a duplicate of its descriptor, and the way for
 // records into it. The descriptor may be anything, and whoever else has it may do anything to it
-// meanwhile. One thread at a time.
+// meanwhile. On one thread, from construction to destruction.
 //
 // Into files, memory files included, records go by pwrite: where a store through the mapping would
 // end the process (an end that was moved, a hole on a full disk, an error of the disk), that is an
@@ -41,8 +42,24 @@ public:
     int unmap();
 
 private:
+    // While it lives, a write behind the process's limit on file sizes is an error only: the signal
+    // that comes with it, which ends a process, is held back from this thread and dropped.
+    class FileSizeSignal {
+    public:
+        FileSizeSignal();
+        ~FileSizeSignal();
+        FileSizeSignal(const FileSizeSignal&) = delete;
+        FileSizeSignal& operator=(const FileSizeSignal&) = delete;
+
+    private:
+        sigset_t mSignal;
+        sigset_t mUsual;
+        bool mWasPending;  // then it is somebody else's
+    };
+
     size_t objectSize() const;
 
+    const FileSizeSignal mFileSizeSignal;
     const int mFd;
     const uint32_t mSize;
     void* const mAddress;

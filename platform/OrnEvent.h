@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -24,7 +25,8 @@ struct EventProperty {
     std::vector<uint32_t> agencies;
 };
 VDR_MEMBER_AT(EventProperty, value, 0, 4);
-VDR_MEMBER_AT(EventProperty, agencies, 8, 24);
+static_assert(offsetof(EventProperty, agencies) == 8 && sizeof(EventProperty) == 32,
+              "others find EventProperty::agencies at 8, 24 bytes");
 
 class IEvent {
 public:

@@ -9,7 +9,7 @@
 
 namespace zk {
 
-// How the recorder settled an announced frame drop.
+// How the recorder completes an announced frame drop.
 enum VdrSyncCode : int32_t {
     VDR_SYNC_LIMITED = 0,  // a limit was reached, nothing is recorded for this drop
     VDR_SYNC_DONE = 1,     // its files are written, or the recorder was stopped

@@ -44,7 +44,10 @@ void FrameRecordPool::take(uint32_t frameNumber) {
     mDataReadyPool.pop_front();
 }
 
-void* FrameRecordPool::findUnderLock(uint32_t frameNumber) {
+void* FrameRecordPool::find(uint32_t frameNumber) {
+    if (const FrameBlockMap::Sight sight = look(frameNumber); sight.isClear) {
+        return sight.block;
+    }
     const SpinLockGuard guard(mDataPoolLock);
     return mDataProcessingPool.find(frameNumber);
 }

@@ -33,13 +33,13 @@ public:
 
     // Nothing happens where no block is free or the frame has one already.
     void take(uint32_t frameNumber);
-    // The block of a frame that is being filled, or null. It is written outside the lock, and the
-    // lock is taken only while somebody changes the pool.
-    // In sight of the compiler, since every field that the pipeline writes passes here.
-    void* find(uint32_t frameNumber) {
-        const FrameBlockMap::Sight sight = mDataProcessingPool.look(frameNumber);
-        return sight.isClear ? sight.block : findUnderLock(frameNumber);
+    // The block of a frame that is being filled, or null, looked for without the lock. It is
+    // written outside the lock too. In sight of the compiler, since every field write passes here.
+    FrameBlockMap::Sight look(uint32_t frameNumber) const {
+        return mDataProcessingPool.look(frameNumber);
     }
+    // The same; takes the lock while somebody changes the pool.
+    void* find(uint32_t frameNumber);
     // Copies the block of a frame that is being filled.
     Copy copy(uint32_t frameNumber, frameData& out);
     // Moves the frame's block to the done pool and copies it.
@@ -65,12 +65,11 @@ private:
     static constexpr size_t kBlocks = FrameBlockMap::kMaxEntries;
 
     static Copy copyBlock(const void* block, frameData& out);
-    void* findUnderLock(uint32_t frameNumber);
     void freeOldest() VDR_REQUIRES(mDataPoolLock);
 
     std::vector<void*> mDataBufferList;  // owns the blocks; fixed after construction
 
-    SpinLock mDataPoolLock;  // held for container work and the copy of a record only
+    SpinLock mDataPoolLock;  // held for container work, to copy a record and to clear blocks
     RingQueue<void*> mDataReadyPool VDR_GUARDED_BY(mDataPoolLock);
     FrameBlockMap mDataProcessingPool;  // changed under the lock, looked at without it
     RingQueue<void*> mDataDonePool VDR_GUARDED_BY(mDataPoolLock);  // oldest at the front

@@ -31,7 +31,7 @@ struct SysStatusCollection;
 // or a block of records that cannot be had. It ends the process where the recorder cannot go on:
 // where a small allocation is refused (a container's element, a string, a task: the code knows no
 // exceptions), where an event of the monitoring service is owned by no shared reference, or where
-// somebody else has already settled the promise of a loss.
+// somebody else has already kept the promise of a loss.
 class IVideoDataRecoder {
 protected:
     // First, since it takes the first two places of the virtual table. Protected, since the one
@@ -45,8 +45,9 @@ public:
     // Writes out what is pending and resets the session's data; the recorder stays open.
     virtual void unInitialize() = 0;
 
-    // Copies one field into the frame's record. `data` points to the field's size in bytes (one
-    // element's for arrays, which append); tags are 0 to 38. Frames without a record are ignored.
+    // Copies one field, tagged as in records/FieldTags.h, into the frame's record. `data` points to
+    // the field's size in bytes (one element's for arrays, which append). Frames without a record
+    // are ignored.
     virtual void writeMaintain(uint32_t frameNumber, uint32_t tagId, const void* data) = 0;
     // The same for `count` pairs of tag and data.
     virtual void writeMaintains(uint32_t frameNumber, const uint32_t* tagIds,

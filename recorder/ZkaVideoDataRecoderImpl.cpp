@@ -115,6 +115,7 @@ void ZkaVideoDataRecoderImpl::initialize(uint8_t videoDebugSupport, int32_t scen
     VDR_LOGI("VDR::initialize ZkaVideoDataRecoderImpl, mTag2WriteFunc.size=%d!",
              static_cast<int>(mTag2WriteFunc.size()));
     mFrameLoss->open();
+    mLivePhoto.open();
     mBinDumpFile.setBinFile();
     mSystemStatus.SystemStatusInit(sceneMode);
     const FrameRecordPool::Sizes sizes = mFrameRecordPool.sizes();
@@ -166,19 +167,40 @@ void ZkaVideoDataRecoderImpl::unInitialize() {
             static_cast<int>(sizes.processing));
 }
 
+// Sixty times a frame: whatever is rare stands in a function of its own, so that the usual way
+// needs no room on the stack.
 void ZkaVideoDataRecoderImpl::writeMaintain(uint32_t frameNumber, uint32_t tagId,
                                             const void* data) {
-    if (tagId >= tag::kCount || data == nullptr) {
-        VDR_LOGE("VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=%d, frameNumber=%d!",
-                 static_cast<int>(tagId), static_cast<int>(frameNumber));
-        return;
-    }
-    const WriteFunc writer = writerOf(tagId);
+    const WriteFunc writer = tagId < tag::kCount && data != nullptr ? writerOf(tagId) : nullptr;
     if (writer == nullptr) {
-        VDR_LOGE("VDR::writeMaintain, fun is nullptr, tagId=%d, frameNumber=%d!",
-                 static_cast<int>(tagId), static_cast<int>(frameNumber));
+        logRefusedWrite(frameNumber, tagId, data);
         return;
     }
+    const FrameBlockMap::Sight sight = mFrameRecordPool.look(frameNumber);
+    if (!sight.isClear) {
+        writeUnderChange(frameNumber, writer, data);
+    } else if (sight.block != nullptr) {
+        writer(sight.block, data);
+    }
+}
+
+void ZkaVideoDataRecoderImpl::logRefusedWrite(uint32_t frameNumber, uint32_t tagId,
+                                              const void* data) {
+    const auto id = static_cast<int>(tagId);
+    const auto number = static_cast<int>(frameNumber);
+    if (tagId >= tag::kCount || data == nullptr) {
+        VDR_LOG_AS("writeMaintain", kLogError,
+                   "VDR::writeMaintain, tagId is wrong or data is nullptr, tagId=%d, "
+                   "frameNumber=%d!",
+                   id, number);
+    } else {
+        VDR_LOG_AS("writeMaintain", kLogError,
+                   "VDR::writeMaintain, fun is nullptr, tagId=%d, frameNumber=%d!", id, number);
+    }
+}
+
+void ZkaVideoDataRecoderImpl::writeUnderChange(uint32_t frameNumber, WriteFunc writer,
+                                               const void* data) {
     if (void* block = mFrameRecordPool.find(frameNumber); block != nullptr) {
         writer(block, data);
     }

@@ -72,6 +72,12 @@ public:
 
 private:
     void SubscribeEvent(const std::vector<uint32_t>& eventIds);
+    // The line about a write without a usable tag, data or writer.
+    __attribute__((noinline)) static void logRefusedWrite(uint32_t frameNumber, uint32_t tagId,
+                                                          const void* data);
+    // A field write while somebody changes the pool.
+    __attribute__((noinline)) void writeUnderChange(uint32_t frameNumber, WriteFunc writer,
+                                                    const void* data);
     // Takes every tag's writer from mName2FuncMap.
     void bindWriters();
     WriteFunc writerOf(uint32_t tagId) const {
@@ -98,7 +104,7 @@ private:
     ChiFrameMap mChiFrameMap;
     AllocTimeouts mAllocTimeouts;
 
-    SpinLock mPreviewEventLock;
+    SpinLock mPreviewEventLock;  // held while an event is sent: the service gets them in order
     // Start of the running preview, microseconds since the epoch; its start event is sent.
     std::optional<uint64_t> mPreviewStartTime VDR_GUARDED_BY(mPreviewEventLock);
 

@@ -1,5 +1,6 @@
 #include "records/FloatText.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -33,8 +34,7 @@ char* formatLarge(char* out, uint32_t mantissa, int exponent) {
         out = formatUnsigned(out, middle);
     }
     out = formatSixteenDigits(out, static_cast<uint64_t>(whole % kTenToThe16th));
-    std::memcpy(out, ".000000", 7);
-    return out + 7;
+    return std::copy_n(".000000", 7, out);
 }
 
 char* formatFraction(char* out, uint32_t millionths) {
@@ -58,8 +58,7 @@ char* formatFloat(char* out, float value) {
         *out++ = '-';
     }
     if (exponentField == kNotFinite) {
-        std::memcpy(out, mantissa == kImplicitBit ? "inf" : "nan", 3);
-        return out + 3;
+        return std::copy_n(mantissa == kImplicitBit ? "inf" : "nan", 3, out);
     }
     if (exponent > kLargestShift) {
         return formatLarge(out, static_cast<uint32_t>(mantissa), exponent);

@@ -65,7 +65,7 @@ struct __attribute__((packed)) SysStatusInfo {
     uint32_t cpu0Freq;  // kHz
     uint32_t cpu4Freq;  // kHz
     uint32_t cpu7Freq;  // kHz
-    uint16_t cpuUsage;  // percent of all processors together
+    uint16_t cpuUsage;  // percent of all processors together that the camera process took
     float loadAvg1;
     float loadAvg5;
     float loadAvg15;

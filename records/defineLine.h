@@ -38,7 +38,7 @@ private:
 // field, as calls of RecordLine's, or those of each element of an array.
 #define VDR_SHOW_BYTES(field, size, columns)                       \
     template <typename Line>                                       \
-    constexpr auto& show_##field(Line&& line) {                    \
+    constexpr decltype(auto) show_##field(Line&& line) {           \
         return line.columns;                                       \
     }                                                              \
     static_assert(show_##field(zk::LineWidth()).bytes() == (size), \

@@ -1,5 +1,6 @@
 #include "sysstatus/SystemStatus.h"
 
+#include <locale.h>
 #include <pthread.h>
 
 #include <csignal>
@@ -72,9 +73,16 @@ int SystemStatus::startThread() {
 void* SystemStatus::runSampler(void* shared) {
     const std::unique_ptr<std::shared_ptr<Shared>> share(
             static_cast<std::shared_ptr<Shared>*>(shared));
+    // The kernel writes numbers in no language of the process.
+    const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+    uselocale(plain);
     do {
         SystemStatusProcess(**share);
     } while (!staysIdle(**share));
+    if (plain != nullptr) {
+        uselocale(LC_GLOBAL_LOCALE);
+        freelocale(plain);
+    }
     return nullptr;
 }
 

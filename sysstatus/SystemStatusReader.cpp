@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <locale>
 #include <numeric>
 #include <sstream>
 #include <string>
@@ -161,6 +162,7 @@ void SystemStatusReader::readProcessTimes() {
     std::array<long, 5> ids{};              // parent, group, session, terminal, its group
     std::array<unsigned long, 5> faults{};  // flags, minor and major faults
     std::istringstream fields(line);
+    fields.imbue(std::locale::classic());
     fields >> processId >> command >> state;
     for (long& id : ids) {
         fields >> id;

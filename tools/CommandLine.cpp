@@ -1,12 +1,9 @@
 #include "tools/CommandLine.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <charconv>
-#include <map>
+
+#include "tools/optionValues.h"
+#include "tools/output/printablePath.h"
 
 namespace vdrdump {
 namespace {
@@ -16,10 +13,14 @@ constexpr int kWrongUsage = 2;
 constexpr char kExamples[] = R"(
 What is in this dump, and is it whole?
   vdrdump info VIDEO_DEBUG_20240301_120000.bin
-What led up to the loss of frame 1234?
+Why was frame 1234 lost?
+  vdrdump explain VIDEO_DEBUG_20240301_120130_00001234.txt
+What led up to its loss?
   vdrdump show VIDEO_DEBUG_20240301_120130_00001234.txt --frames 1205:1234
-How warm was it, and how far was the camera zoomed in?
-  vdrdump show DUMP --frame 1234 --field sysStatusInfo --field zoomRatio
+How warm was it around it, and how far was the camera zoomed in, line by line?
+  vdrdump show DUMP --around 1234 --table zoomRatio sysStatusInfo_shellFrontTemp
+Which fields are there?
+  vdrdump fields
 Can I see the whole session at a glance?
   vdrdump plot DUMP -o session.svg
 Can I ask questions in SQL?
@@ -32,94 +33,11 @@ A FILE is a binary dump (.bin) or a frame-loss text (.txt), told apart by what i
 "-" or no FILE is standard input. Exit status: 0 all was read, 1 something was damaged or
 missing (what could be read is still given), 2 wrong usage. More: man vdrdump)";
 
-bool parseNumber(const std::string& text, uint32_t& number) {
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stop == end;
-}
+using Text = const std::string&;
+using Command = CommandLine::Command;
 
-// "A:B", where either may be left out.
-FrameRange parseFrames(const std::string& text) {
-    const size_t colon = text.find(':');
-    FrameRange range{0, UINT32_MAX};
-    const std::string first = text.substr(0, colon);
-    const std::string last = colon == std::string::npos ? "" : text.substr(colon + 1);
-    if (colon == std::string::npos || (!first.empty() && !parseNumber(first, range.first)) ||
-        (!last.empty() && !parseNumber(last, range.last)) || range.first > range.last) {
-        throw CLI::ValidationError("--frames",
-                                   "expected A:B, two frame numbers in order, found " + text);
-    }
-    return range;
-}
-
-bool endsWith(const std::string& text, const std::string& end) {
-    return text.size() >= end.size() &&
-           text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-uint32_t numberOf(const std::string& option, const std::string& text) {
-    uint32_t number = 0;
-    if (!parseNumber(text, number)) {
-        throw CLI::ValidationError(option, "expected a number, found " + text);
-    }
-    return number;
-}
-
-uint32_t sessionOf(const std::string& text) {
-    const uint32_t session = numberOf("--session", text);
-    if (session == 0) {
-        throw CLI::ValidationError("--session", "sessions count from 1");
-    }
-    return session;
-}
-
-// False for what has no status; `stream` is what "-" stands for.
-bool statusOf(const std::string& path, int stream, struct stat& status) {
-    return (path == "-" ? fstat(stream, &status) : stat(path.c_str(), &status)) == 0;
-}
-
-bool isSameFile(const std::string& dump, const std::string& output) {
-    struct stat first {};
-    struct stat second {};
-    return statusOf(dump, STDIN_FILENO, first) && statusOf(output, STDOUT_FILENO, second) &&
-           S_ISREG(first.st_mode) && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
-// A dump that is gone because it was also named as the output is gone for good.
-void checkOutput(const CommandLine& line) {
-    for (const std::string& file : line.files) {
-        if (isSameFile(file, line.output)) {
-            throw CLI::ValidationError("-o", "the output is one of the dumps to read: " + file);
-        }
-    }
-}
-
-void check(CommandLine& line) {
-    if (line.files.empty()) {
-        if (isatty(STDIN_FILENO) == 1) {
-            throw CLI::RequiredError("FILE, or a dump on standard input");
-        }
-        line.files.emplace_back("-");
-    }
-    if (const std::string name = ShowSink::unknownField(line.choice.fields); !name.empty()) {
-        throw CLI::ValidationError("--field", name + " is no field; the names are the header of "
-                                                     "vdrdump export --format csv, and FILE stands "
-                                                     "before --field");
-    }
-    if (line.command == CommandLine::Command::Plot && !endsWith(line.output, ".svg") &&
-        !endsWith(line.output, ".png")) {
-        throw CLI::ValidationError(
-                "-o", "expected a name that ends in .svg or .png, found " + line.output);
-    }
-    if (line.command == CommandLine::Command::Export &&
-        line.format == CommandLine::Format::Sqlite && line.output == "-") {
-        throw CLI::ValidationError("-o", "a database needs a file name");
-    }
-    checkOutput(line);
-}
-
-CLI::App& addCommand(CLI::App& app, CommandLine& line, CommandLine::Command command,
-                     const char* name, const char* purpose) {
+CLI::App& addCommand(CLI::App& app, CommandLine& line, Command command, const char* name,
+                     const char* purpose) {
     CLI::App* added = app.add_subcommand(name, purpose);
     added->callback([&line, command] { line.command = command; });
     return *added;
@@ -133,87 +51,176 @@ void addFile(CLI::App& command, CommandLine& line) {
     command.add_option("FILE", line.files, "A dump; none or - is standard input")->expected(0, 1);
 }
 
-void addShow(CLI::App& app, CommandLine& line) {
-    CLI::App& show = addCommand(app, line, CommandLine::Command::Show, "show",
-                                "Records in words, a line per field");
-    addFile(show, line);
-    CLI::Option* one = show.add_option_function<std::string>(
-                                   "--frame",
-                                   [&line](const std::string& text) {
-                                       const uint32_t frame = numberOf("--frame", text);
-                                       line.choice.frames = {frame, frame};
-                                   },
-                                   "Only frame N")
-                               ->type_name("N");
-    show.add_option_function<std::string>(
-                "--frames",
-                [&line](const std::string& text) { line.choice.frames = parseFrames(text); },
-                "Only frames A to B; either may be left out")
-            ->type_name("A:B")
-            ->excludes(one);
-    show.add_option("--field", line.choice.fields, "Only these; may be given several times")
-            ->type_name("NAME")
-            ->expected(1, -1);
-    show.add_option_function<std::string>(
-                "--session",
-                [&line](const std::string& text) { line.choice.session = sessionOf(text); },
-                "Only camera session N of the file, from 1")
+void addLost(CLI::App& command, CommandLine& line, const char* meaning) {
+    command.add_option_function<std::string>(
+                   "--lost", [&line](Text text) { line.selection.lost = frameOf("--lost", text); },
+                   meaning)
             ->type_name("N");
 }
 
+// The same for every command that gives records.
+void addSelection(CLI::App& command, CommandLine& line) {
+    Selection& selection = line.selection;
+    CLI::Option* one = command.add_option_function<std::string>(
+            "--frame",
+            [&selection](Text text) {
+                const uint32_t frame = frameOf("--frame", text);
+                selection.frames = FrameRange{frame, frame};
+            },
+            "Only frame N");
+    CLI::Option* range = command.add_option_function<std::string>(
+            "--frames", [&selection](Text text) { selection.frames = framesOf(text); },
+            "Only frames A to B; either may be left out");
+    CLI::Option* around = command.add_option_function<std::string>(
+            "--around", [&selection](Text text) { selection.frames = aroundOf(text); },
+            "Only frame N and K on either side (30 where K is left out)");
+    one->type_name("N");
+    range->type_name("A:B")->excludes(one);
+    around->type_name("N[:K]")->excludes(one)->excludes(range);
+    addLost(command, line,
+            "Frame N was lost, whatever FILE is called; without --frame, --frames and --around "
+            "only frames N-30 to N+30");
+    command.add_option_function<std::string>(
+                   "--session", [&selection](Text text) { selection.session = sessionOf(text); },
+                   "Only camera session N of each file, from 1")
+            ->type_name("N");
+    command.add_option("--field", line.fieldNames,
+                       "Only these: a field, a column, or a part of an array, such as "
+                       "nodeInfo.stamps_2 or nodeInfo[3]")
+            ->type_name("NAME")
+            ->expected(1, -1);
+}
+
+void addInfo(CLI::App& app, CommandLine& line) {
+    CLI::App& info = addCommand(app, line, Command::Info, "info",
+                                "What a dump holds and whether it is whole");
+    addFiles(info, line);
+    addLost(info, line, "Frame N was lost, whatever FILE is called");
+    info.add_flag("--json", line.isJson, "The same as JSON");
+}
+
+void addNames(CLI::App& command, CommandLine& line) {
+    command.add_option("--names", line.names,
+                       "What to call the nodes: a line each, such as 2/202/0 scaler")
+            ->type_name("NAMES");
+}
+
+void addExplain(CLI::App& app, CommandLine& line) {
+    CLI::App& explain = addCommand(app, line, Command::Explain, "explain",
+                                   "Why frames were lost: what stands out around each loss");
+    addFiles(explain, line);
+    addLost(explain, line, "Explain the loss of frame N only, whether the dumps tell of it or not");
+    explain.add_option("--log", line.log, "Take losses from what the recorder logged, too")
+            ->type_name("LOGCAT");
+    addNames(explain, line);
+    explain.add_flag("--json", line.isJson, "The same as JSON");
+}
+
+void addShow(CLI::App& app, CommandLine& line) {
+    CLI::App& show = addCommand(app, line, Command::Show, "show",
+                                "Records in words, a line per field or per record");
+    addFile(show, line);
+    addSelection(show, line);
+    CLI::Option* fields = show.get_option("--field");
+    show.add_option_function<std::vector<std::string>>(
+                "--table",
+                [&line](const std::vector<std::string>& names) {
+                    line.isTable = true;
+                    line.fieldNames = names;
+                },
+                "A line per record with these, and how they differ from the record before")
+            ->type_name("FIELD")
+            ->expected(1, -1)
+            ->excludes(fields);
+}
+
 void addExport(CLI::App& app, CommandLine& line) {
-    static const std::map<std::string, CommandLine::Format> formats = {
-            {"csv", CommandLine::Format::Csv},
-            {"ndjson", CommandLine::Format::Ndjson},
-            {"sqlite", CommandLine::Format::Sqlite}};
-    CLI::App& command = addCommand(app, line, CommandLine::Command::Export, "export",
-                                   "All frames as tables for other programs");
+    CLI::App& command =
+            addCommand(app, line, Command::Export, "export", "Frames as tables for other programs");
     addFiles(command, line);
     command.add_option_function<std::string>(
-                   "--format", [&line](const std::string& text) { line.format = formats.at(text); },
-                   "csv, ndjson or sqlite")
+                   "--format", [&line](Text text) { line.format = formatOf(text); },
+                   "csv, ndjson, sqlite, or trace for a trace viewer")
             ->type_name("FORMAT")
-            ->required()
-            ->check(CLI::IsMember({"csv", "ndjson", "sqlite"}).description(""));
+            ->required();
     command.add_option("-o", line.output, "Where to; standard output when left out")
             ->type_name("OUT");
+    addNames(command, line);
+    addSelection(command, line);
 }
 
 void addPlot(CLI::App& app, CommandLine& line) {
-    CLI::App& plot = addCommand(app, line, CommandLine::Command::Plot, "plot",
-                                "A picture of a camera session");
+    CLI::App& plot = addCommand(app, line, Command::Plot, "plot", "A picture of a camera session");
     addFile(plot, line);
     plot.add_option("-o", line.output, "Where to: a name that ends in .svg or .png")
             ->type_name("OUT")
             ->required();
-    plot.add_option_function<std::string>(
-                "--session", [&line](const std::string& text) { line.session = sessionOf(text); },
-                "Camera session of the file, from 1")
-            ->type_name("N")
-            ->default_str("1");
+    addSelection(plot, line);
+}
+
+void addFields(CLI::App& app, CommandLine& line) {
+    CLI::App& fields = addCommand(app, line, Command::Fields, "fields",
+                                  "What a record holds: names, types, units, meanings");
+    fields.add_option("NAME", line.fieldNames, "Only these")->type_name("");
+    fields.add_flag("--names", line.namesOnly, "All names, a line each, and nothing else");
+}
+
+// An argument that nothing takes, and the one that comes nearest to it.
+std::string unexpected(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> candidates;
+    const auto chosen = app.get_subcommands();
+    const CLI::App& command = chosen.empty() ? app : *chosen.front();
+    for (const CLI::Option* option : command.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            candidates.push_back("--" + name);
+        }
+    }
+    for (const CLI::App* each : command.get_subcommands(nullptr)) {
+        candidates.push_back(each->get_name());
+    }
+    const std::string name = word.substr(0, word.find('='));
+    return printablePath(word) + " is not expected" +
+           (chosen.empty() ? "" : " by " + command.get_name()) + suggestion(name, candidates);
+}
+
+// Says what is wrong, or gives the help that was asked for.
+int answer(const CLI::App& app, const CLI::ParseError& error, int argc, const char* const* argv) {
+    if (error.get_exit_code() == 0) {
+        return app.exit(error);
+    }
+    std::string word = app.get_subcommands().empty() && argc > 1 ? argv[1] : "";
+    if (const auto remaining = app.remaining(true); word.empty() && !remaining.empty()) {
+        word = remaining.front();
+    }
+    if (word.empty()) {
+        app.exit(error);
+    } else {
+        app.exit(CLI::ValidationError(unexpected(app, word)));
+    }
+    return kWrongUsage;
 }
 
 }  // namespace
 
 bool CommandLine::parse(int argc, const char* const* argv, int& status) {
     CLI::App app(
-            "Reads the dumps of the video data recorder: what is in them, single frames, "
-            "tables for queries, and a picture.",
+            "Reads the dumps of the video data recorder: what is in them, why frames "
+            "were lost, single frames, tables for queries, and a picture.",
             "vdrdump");
     app.set_version_flag("--version", std::string("vdrdump ") + VDRDUMP_VERSION);
     app.require_subcommand(1);
-    addFiles(addCommand(app, *this, Command::Info, "info",
-                        "What a dump holds and whether it is whole"),
-             *this);
+    addInfo(app, *this);
+    addExplain(app, *this);
     addShow(app, *this);
     addExport(app, *this);
     addPlot(app, *this);
+    addFields(app, *this);
     app.footer(kExamples);  // last: subcommands would take it over
     try {
         app.parse(argc, argv);
-        check(*this);
+        checkUsage(*this);
     } catch (const CLI::ParseError& error) {
-        status = app.exit(error) == 0 ? 0 : kWrongUsage;
+        status = answer(app, error, argc, argv);
         return false;
     }
     return true;

@@ -4,21 +4,28 @@
 #include <string>
 #include <vector>
 
-#include "tools/sink/ShowSink.h"
+#include "tools/record/FieldChoice.h"
+#include "tools/session/Selection.h"
 
 namespace vdrdump {
 
 // What the user asked for.
 struct CommandLine {
-    enum class Command : uint8_t { Info, Show, Export, Plot };
-    enum class Format : uint8_t { Csv, Ndjson, Sqlite };
+    enum class Command : uint8_t { Info, Explain, Show, Export, Plot, Fields };
+    enum class Format : uint8_t { Csv, Ndjson, Sqlite, Trace };
 
     Command command = Command::Info;
     std::vector<std::string> files;  // "-": standard input
-    ShowSink::Choice choice;
+    Selection selection;
+    std::vector<std::string> fieldNames;
+    FieldChoice fields;
+    bool isTable = false;    // show
+    bool isJson = false;     // info, explain
+    bool namesOnly = false;  // fields
     Format format = Format::Csv;
     std::string output = "-";
-    uint32_t session = 1;  // to plot
+    std::string log;    // explain
+    std::string names;  // explain, export
 
     // False when there is nothing left to do: help was asked for or the usage is wrong, which has
     // been answered; `status` is then how to exit.

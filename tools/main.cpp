@@ -6,12 +6,18 @@
 #include <memory>
 
 #include "tools/CommandLine.h"
+#include "tools/explain/explainDumps.h"
 #include "tools/plot/PlotSink.h"
 #include "tools/sink/CsvSink.h"
 #include "tools/sink/DumpPass.h"
+#include "tools/sink/InfoJsonSink.h"
 #include "tools/sink/InfoSink.h"
 #include "tools/sink/NdjsonSink.h"
+#include "tools/sink/ShowSink.h"
 #include "tools/sink/SqliteSink.h"
+#include "tools/sink/TableSink.h"
+#include "tools/sink/printFields.h"
+#include "tools/trace/exportTrace.h"
 
 namespace {
 
@@ -21,23 +27,29 @@ std::unique_ptr<vdrdump::RecordSink> makeSink(const CommandLine& line,
                                               vdrdump::Progress& progress) {
     switch (line.command) {
         case CommandLine::Command::Info:
+            if (line.isJson) {
+                return std::make_unique<vdrdump::InfoJsonSink>();
+            }
             return std::make_unique<vdrdump::InfoSink>(progress);
         case CommandLine::Command::Show:
-            return std::make_unique<vdrdump::ShowSink>(line.choice);
+            if (line.isTable) {
+                return std::make_unique<vdrdump::TableSink>(line.fields);
+            }
+            return std::make_unique<vdrdump::ShowSink>(line.fields);
         case CommandLine::Command::Plot:
-            return std::make_unique<vdrdump::PlotSink>(line.output, line.session);
-        case CommandLine::Command::Export:
+            return std::make_unique<vdrdump::PlotSink>(line.output, line.selection, line.fields);
+        default:
             break;
     }
     switch (line.format) {
         case CommandLine::Format::Csv:
-            return std::make_unique<vdrdump::CsvSink>(line.output);
+            return std::make_unique<vdrdump::CsvSink>(line.output, line.fields);
         case CommandLine::Format::Ndjson:
-            return std::make_unique<vdrdump::NdjsonSink>(line.output);
-        case CommandLine::Format::Sqlite:
+            return std::make_unique<vdrdump::NdjsonSink>(line.output, line.fields);
+        default:
             break;
     }
-    return std::make_unique<vdrdump::SqliteSink>(line.output);
+    return std::make_unique<vdrdump::SqliteSink>(line.output, line.fields);
 }
 
 bool printsWhileReading(const CommandLine& line) {
@@ -45,10 +57,27 @@ bool printsWhileReading(const CommandLine& line) {
            (line.command == CommandLine::Command::Export && line.output == "-");
 }
 
+vdrdump::LossRequest lossesOf(const CommandLine& line) {
+    return {line.files, line.selection.lost, line.log, line.selection.frames,
+            line.selection.session};
+}
+
 bool run(const CommandLine& line) {
+    if (line.command == CommandLine::Command::Fields) {
+        return vdrdump::printFields(line.fieldNames, line.namesOnly);
+    }
+    if (line.command == CommandLine::Command::Explain) {
+        return vdrdump::explainDumps({lossesOf(line), line.names, line.isJson});
+    }
+    if (line.command == CommandLine::Command::Export && line.format == CommandLine::Format::Trace) {
+        return vdrdump::exportTrace({lossesOf(line), line.names, line.output});
+    }
     vdrdump::Progress progress(line.files, !printsWhileReading(line) || isatty(STDOUT_FILENO) == 0);
     const std::unique_ptr<vdrdump::RecordSink> sink = makeSink(line, progress);
     vdrdump::DumpPass pass(*sink, progress, stderr);
+    const bool readsAll = line.command == CommandLine::Command::Info ||
+                          line.command == CommandLine::Command::Plot;
+    pass.choose(readsAll ? line.selection.wholeDump() : line.selection);
     bool isWhole = true;
     for (const std::string& file : line.files) {
         isWhole &= pass.readFile(file);

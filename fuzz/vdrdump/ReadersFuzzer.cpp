@@ -1,6 +1,6 @@
 // Both readers, and everything that looks at what they give, over any bytes. Besides crashes and
 // wild reads it looks for readers that do not come to an end or give a record that breaks the
-// promises of tools/Record.h.
+// promises of tools/record/Record.h.
 
 #include <cstdlib>
 
@@ -43,8 +43,8 @@ public:
             std::abort();
         }
     }
-    void endFile(uint64_t records, const vdrdump::DamageLog&) override {
-        if (records != mRecords || mInSessions != mRecords) {
+    void endFile(const vdrdump::DumpEnd& end) override {
+        if (end.records != mRecords || mInSessions != mRecords) {
             std::abort();
         }
         mCurves.table();
@@ -57,7 +57,7 @@ private:
     uint64_t mInSessions = 0;
     uint64_t mLastIndex = 0;
     vdrdump::SessionStatistics mStatistics;
-    vdrdump::PlotCurves mCurves;
+    vdrdump::PlotCurves mCurves{vdrdump::panelsOf({})};
 };
 
 }  // namespace

@@ -23,9 +23,9 @@ namespace KoOrn {
 
 class CaptureNumCalc {
 public:
-    static void Init() { ++openCounters; }
-    static uint32_t CountUsedMem() { return captureMemory; }
-    static void UnInit() { --openCounters; }
+    void Init() { ++openCounters; }
+    uint32_t CountUsedMem() { return captureMemory; }
+    void UnInit() { --openCounters; }
 };
 
 }  // namespace KoOrn

@@ -119,7 +119,7 @@ private:
 };
 
 MonitoringService& MonitoringService::instance() {
-    // Never destroyed: clients detach from it in exit handlers.
+    // Never destroyed: its thread delivers until the process ends.
     static auto* service = new MonitoringService;
     return *service;
 }

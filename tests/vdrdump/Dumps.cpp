@@ -57,7 +57,7 @@ public:
     void beginFile(const DumpFile&) override {}
     void add(const Record&) override {}
     void endSession(const SessionSummary&) override {}
-    void endFile(uint64_t, const DamageLog& damage) override { count = damage.count(mDamage); }
+    void endFile(const DumpEnd& end) override { count = end.damage.count(mDamage); }
     bool finish() override { return true; }
     bool isDone() const override { return false; }
 
@@ -87,6 +87,8 @@ Frame randomFrame(std::mt19937_64& random, unsigned mostElements) {
     for (size_t i = 0; i < sizeof(result); ++i) {
         reinterpret_cast<uint8_t*>(&result)[i] = static_cast<uint8_t>(random());
     }
+    result.frameNumber = 2;  // a dump is told by its numbers and its zoom
+    result.zoomRatio = 1.0F + static_cast<float>(random() % 1000) / 100;
     const auto count = [&](size_t capacity) {
         return static_cast<uint8_t>(random() % (std::min<size_t>(mostElements, capacity) + 1));
     };
@@ -162,7 +164,7 @@ Csv csvOf(const std::string& dump) {
     const std::string path = "/proc/self/fd/" + std::to_string(file);
     Csv result;
     {
-        CsvSink sink(path);
+        CsvSink sink(path, FieldChoice());
         result.isWhole = pass(dump, sink);
     }
     result.rows = parseCsv(contentsOf(path));

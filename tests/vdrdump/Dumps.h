@@ -14,8 +14,8 @@ namespace vdrdump::test {
 using Frame = vdr2::VDRData2;
 
 Frame frame(uint32_t number);
-// Anything the pipeline may fill in: every number of any value, names without a comma, at most
-// `mostElements` elements in each array.
+// Anything the pipeline may fill in: frame 2, other numbers of any value, names without a comma, at
+// most `mostElements` elements in each array.
 Frame randomFrame(std::mt19937_64& random, unsigned mostElements);
 
 // What the recorder would write.

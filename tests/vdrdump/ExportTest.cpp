@@ -33,12 +33,16 @@ Frame tellingFrame(uint32_t number) {
     return result;
 }
 
+// Its first 100 bytes.
+std::string cutFrame() {
+    return binaryOf({frame(3)}).substr(0, 100);
+}
+
 TEST(Ndjson, KeepsArraysAndDigits) {
     const TempFolder folder;
     const std::string text =
             folder.file("VIDEO_DEBUG_20240301_120000_00000042.txt", textOf({tellingFrame(41)}));
-    const std::string dump =
-            folder.file("a.bin", binaryOf({tellingFrame(1)}) + std::string(100, '\0'));
+    const std::string dump = folder.file("a.bin", binaryOf({tellingFrame(1)}) + cutFrame());
     const Program program = run({"export", text, dump, "--format", "ndjson"});
     EXPECT_EQ(program.status, 1);  // for the cut record
     std::istringstream lines(program.out);
@@ -102,22 +106,24 @@ private:
 TEST(Sqlite, KeepsTypesAndKeys) {
     const TempFolder folder;
     const std::string first = folder.file("a.bin", binaryOf({frame(1), frame(2), frame(5)}));
-    const std::string second =
-            folder.file("b.bin", binaryOf({frame(900), tellingFrame(1)}) + std::string(100, '\0'));
+    const std::string second = folder.file(
+            "b.bin",
+            binaryOf({frame(898), frame(899), frame(900), tellingFrame(1), frame(2)}) + cutFrame());
     const std::string path = folder.path("out.db");
     ASSERT_EQ(run({"export", first, second, "--format", "sqlite", "-o", path}).status, 1);
     const Database database(path);
     EXPECT_EQ(database.ask("SELECT file, path, kind, lostFrame, records, isDamaged FROM files"),
-              "1|" + first + "|binary|-|3|0\n2|" + second + "|binary|-|3|1\n");
+              "1|" + first + "|binary|-|3|0\n2|" + second + "|binary|-|6|1\n");
     EXPECT_EQ(database.ask("SELECT * FROM sessions"),
-              "1|1|3|1|5|2|0|0\n2|1|1|900|900|0|0|0\n2|2|2|0|1|0|0|1\n");
+              "1|1|3|1|5|2|0|0|0\n2|1|3|898|900|0|0|0|0\n2|2|3|1|3|0|0|0|0\n");
     EXPECT_EQ(database.ask("SELECT file, session, record, cslInfo_stamp, getGmeNcsDepGyro,"
                            " zoomRatio, sysStatusInfo_loadAvg1, ae_af_awb_info_short0"
                            " FROM frames WHERE file = 2 AND session = 2 ORDER BY record"),
-              "2|2|1|9007199254740991|18446744073709551614|1.234568|-|-7\n"
-              "2|2|2|0|-|0.0|0.0|-\n");
+              "2|2|3|9007199254740991|18446744073709551614|1.234568|-|-7\n"
+              "2|2|4|0|0|0.0|0.0|0\n"
+              "2|2|5|0|-|0.0|0.0|-\n");
     EXPECT_EQ(database.ask("SELECT * FROM pluginAlgoCostTime WHERE element = 1"),
-              "2|2|1|1|1|a\"\\x5c\\xff|9\n");
+              "2|2|3|1|1|a\"\\x5c\\xff|9\n");
     const std::string plan = database.ask(
             "EXPLAIN QUERY PLAN SELECT * FROM nodeInfo"
             " WHERE file = 1 AND session = 1 AND frameNumber = 2");
@@ -154,21 +160,27 @@ std::vector<std::string> documentedQueries() {
     return queries;
 }
 
-// Frames 60 to 99 and 101 to 130 around the loss of frame 100. Node 2 is the slowest of the last
-// thirty before it; node 1 was slower, but earlier, and node 3 is later.
+// Node 0xa takes `time` in each frame.
+void setNodes(Frame& each, uint64_t time) {
+    const uint64_t start = uint64_t{each.frameNumber} * 1000;
+    each.cslInfo.stamp = start;
+    each.nodeInfoCount = 2;
+    each.nodeInfo[0] = {{1, 0xa, 0}, {start + 1, start + 3, start + time, start + time + 1}};
+    each.nodeInfo[1] = {{1, 0xb, 0}, {start + 60, start + 65, start + 90, start + 100}};
+}
+
+// Frames 60 to 130 around the loss of frame 100, which has a record all the same: node 0xb took
+// longer before frame 70 and takes longer behind the loss; within, 0xa is the slower one.
 std::vector<Frame> framesAroundALoss() {
     std::vector<Frame> frames;
     for (uint32_t number = 60; number <= 130; ++number) {
-        if (number == 100) {
-            continue;
-        }
         Frame each = frame(number);
-        const uint64_t start = uint64_t{number} * 1000;
-        each.nodeInfoCount = 2;
-        each.nodeInfo[0] = {{1, 10, 0}, {start, start + 5, 0, start + (number < 70 ? 900U : 10U)}};
-        each.nodeInfo[1] = {{2, 20, 0}, {start, start + 5, start + 40, 0}};
-        if (number > 100) {
-            each.nodeInfo[1] = {{3, 30, 0}, {start, start + 800, 0, 0}};
+        setNodes(each, 50);
+        if (number < 70 || number > 100) {
+            each.nodeInfo[1].stamps[3] += 5000;
+        }
+        if (number == 75) {
+            each.nodeInfo[1].stamps[0] = 0;  // never queued: no time, and not one since 0
         }
         each.pluginAlgoCostTimeCount = 1;
         std::memcpy(each.pluginAlgoCostTime[0].name, "EIS", 3);
@@ -184,19 +196,74 @@ std::vector<Frame> framesAroundALoss() {
     return frames;
 }
 
-TEST(Analysis, DocumentedQueries_AnswerTheirQuestions) {
-    const TempFolder folder;
-    const std::string loss =
-            folder.file("VIDEO_DEBUG_20240301_120000_00000100.txt", textOf(framesAroundALoss()));
-    const std::string path = folder.path("out.db");
-    ASSERT_EQ(run({"export", loss, "--format", "sqlite", "-o", path}).status, 0);
+// Two sessions with frames of the same numbers: in the first, frame 7 is missing and 0xb slower; in
+// the second, frame 7 is there and got stuck in 0xa.
+std::vector<Frame> twoSessions() {
+    std::vector<Frame> frames;
+    for (const uint32_t session : {1U, 2U}) {
+        for (uint32_t number = 1; number <= 12; ++number) {
+            Frame each = frame(number);
+            setNodes(each, session == 1 ? 20 : 3000);
+            if (session == 2 && (number == 7 || number == 8)) {
+                each.nodeInfo[0].stamps[3] = 0;
+                each.nodeInfo[1] = {{1, 0xb, 0}, {0, 0, 0, 0}};
+            }
+            if (session == 2 || number != 7) {
+                frames.push_back(each);
+            }
+        }
+    }
+    frames.erase(frames.end() - 4);  // frame 9 of the second
+    return frames;
+}
+
+class Analysis : public testing::Test {
+protected:
+    Analysis() {
+        mText = mFolder.file("VIDEO_DEBUG_20240301_120000_00000100.txt",
+                             textOf(framesAroundALoss()));
+        mBinary = mFolder.file("a.bin", binaryOf(twoSessions()));
+        mEmpty = mFolder.file("VIDEO_DEBUG_20240301_120009_00000005.txt", "");
+        mPath = mFolder.path("out.db");
+        EXPECT_EQ(run({"export", mText, mBinary, mEmpty, "--format", "sqlite", "-o", mPath}).status,
+                  1);
+    }
+
+    const TempFolder mFolder;
+    std::string mText;
+    std::string mBinary;
+    std::string mEmpty;
+    std::string mPath;
+};
+
+TEST_F(Analysis, DocumentedQueries_AnswerTheirQuestions) {
     const std::vector<std::string> queries = documentedQueries();
     ASSERT_EQ(queries.size(), 3U);
-    const Database database(path);
-    EXPECT_EQ(database.ask(queries[0]), "100|2|20|0|30|40.0\n");
-    EXPECT_EQ(database.ask(queries[1]).substr(0, 22), "semantic|FACE|70|20.0|");
-    EXPECT_NE(database.ask(queries[1]).find("plugin|EIS|70|10.28"), std::string::npos);
-    EXPECT_EQ(database.ask(queries[2]), "100|99|30099|-3|2\n");
+    const Database database(mPath);
+    EXPECT_EQ(database.ask(queries[0]), mText + "|100|0x1:0xa:0x0|31|50.0|50|0\n" + mBinary +
+                                                "|7|0x1:0xb:0x0|6|40.0|40|0\n" + mBinary +
+                                                "|9|0x1:0xa:0x0|6|3000.0|3000|2\n");
+    EXPECT_EQ(database.ask(queries[1])
+                      .find(mText + "|semantic|FACE|71|20.0|20\n" + mText + "|plugin|EIS|71|10.28"),
+              0U);
+    EXPECT_EQ(database.ask(queries[2]), mText + "|100|100|30100|-3|3\n" + mBinary + "|7|6|0|0|0\n" +
+                                                mBinary + "|9|8|0|0|0\n");
+}
+
+TEST_F(Analysis, ViewsTellLossesGapsAndTimes) {
+    const Database database(mPath);
+    EXPECT_EQ(database.ask("SELECT * FROM gaps"), "2|1|7|7|1\n2|2|9|9|1\n");
+    EXPECT_EQ(database.ask("SELECT file, session, lostFrame, source FROM losses"),
+              "1|1|100|announced\n3|-|5|announced\n2|1|7|gap\n2|2|9|gap\n");
+    EXPECT_EQ(database.ask("SELECT node, wait, run, whole, isStuck FROM node_time"
+                           " WHERE file = 2 AND session = 2 AND frame = 7"),
+              "0x1:0xa:0x0|2|2997|-|1\n0x1:0xb:0x0|-|-|-|0\n");
+    EXPECT_EQ(database.ask("SELECT frame, interval, latency FROM frame_time"
+                           " WHERE file = 2 AND session = 2 AND frame IN (1, 6, 7, 10)"),
+              "1|-|3000\n6|1000|3000\n7|1000|-\n10|2000|3000\n");
+    const std::string plan =
+            database.ask("EXPLAIN QUERY PLAN SELECT * FROM frames WHERE frameNumber = 7");
+    EXPECT_NE(plan.find("USING INDEX"), std::string::npos) << plan;
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include "tests/vdrdump/Dumps.h"
 #include "tests/vdrdump/Program.h"
-#include "tools/read/lostFrameOf.h"
+#include "tools/read/DumpName.h"
 
 namespace vdrdump::test {
 namespace {
@@ -89,6 +89,10 @@ const Usage kUsages[] = {
         {"UnknownFormat", {"export", "--format", "xml"}, 2},
         {"PictureOfAnotherKind", {"plot", "-o", "a.gif"}, 2},
         {"SessionZero", {"plot", "--session", "0", "-o", "a.svg"}, 2},
+        {"FieldsOfARecord", {"fields"}, 0},
+        {"AroundNothing", {"show", "--around", ":3"}, 2},
+        {"AroundAndFrames", {"show", "--around", "3", "--frames", "1:2"}, 2},
+        {"TableAndFields", {"show", "--table", "zoomRatio", "--field", "zoomRatio"}, 2},
         {"NothingToPlot", {"plot", "-o", "/nonexistent/a.png"}, 1},
         {"MissingFile", {"info", "/nonexistent"}, 1},
         {"Directory", {"info", "/"}, 1},
@@ -163,6 +167,31 @@ TEST(Program, Plot_DrawsTheSessionWithItsMarks) {
     }
 }
 
+TEST(Program, Plot_DrawsTheChosenSessionFramesAndFields) {
+    const TempFolder folder;
+    std::vector<Frame> frames = session();
+    for (uint32_t number = 1; number <= 50; ++number) {
+        frames.push_back(frame(number));
+    }
+    const std::string dump = folder.file("a.bin", binaryOf(frames));
+    const std::string svg = folder.path("out.svg");
+    ASSERT_EQ(run({"plot", dump, "-o", svg, "--session", "2"}).err, "");
+    EXPECT_TRUE(contains(contentsOf(svg), "session 2: frames 1 to 50, 0 missing"));
+    // The recording has its marks outside of the chosen frames.
+    const Program lost = run({"plot", dump, "-o", svg, "--lost", "31", "--around", "35:5",
+                              "--field", "zoomRatio", "sysStatusInfo_memFree"});
+    EXPECT_TRUE(contains(lost.err, "plotted session 1 of 2"));
+    const std::string picture = contentsOf(svg);
+    for (const char* part :
+         {"session 1: frames 30 to 40, 2 missing", "lost frame", "memFree, kB"}) {
+        EXPECT_TRUE(contains(picture, part)) << part;
+    }
+    EXPECT_FALSE(contains(picture, "shell back"));
+    EXPECT_EQ(occurrences(picture, "rgb(227, 241, 222)"), 3U);  // two panels and their key
+    EXPECT_EQ(run({"plot", dump, "-o", svg, "--frames", "200:"}).status, 1);
+    EXPECT_EQ(contentsOf(svg), picture);
+}
+
 TEST(Program, PlotThatFails_SaysSoAndLeavesTheOldOne) {
     const TempFolder folder;
     const std::string full = folder.path("full.svg");
@@ -176,14 +205,15 @@ TEST(Program, PlotThatFails_SaysSoAndLeavesTheOldOne) {
 }
 
 TEST(LostFrame, ComesFromTheNameOfATextFile) {
-    EXPECT_EQ(lostFrameOf("/a/VIDEO_DEBUG_20240301_120000_00001234.txt"), 1234U);
-    EXPECT_EQ(lostFrameOf("phone7_VIDEO_DEBUG_20240301_120000_123456789.txt"), 123456789U);
-    EXPECT_EQ(lostFrameOf("VIDEO_DEBUG_20240301_120000_-0000001.txt"), UINT32_MAX);
+    EXPECT_EQ(DumpName::of("/a/VIDEO_DEBUG_20240301_120000_00001234.txt").lostFrame, 1234U);
+    EXPECT_EQ(DumpName::of("phone7_VIDEO_DEBUG_20240301_120000_123456789.txt").lostFrame,
+              123456789U);
+    EXPECT_EQ(DumpName::of("VIDEO_DEBUG_20240301_120000_-0000001.txt").lostFrame, UINT32_MAX);
     for (const char* other :
          {"VIDEO_DEBUG_20240301_120000.bin", "VIDEO_DEBUG_20240301_120000_.txt", "-", "",
           "VIDEO_DEBUG_2024_120000_00001234.txt", "VIDEO_DEBUG_20240301_120000_00001234.txt.gz",
           "VIDEO_DEBUG_20240301_120000_99999999999.txt"}) {
-        EXPECT_EQ(lostFrameOf(other), std::nullopt) << other;
+        EXPECT_EQ(DumpName::of(other).lostFrame, std::nullopt) << other;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 #include <string>
 
@@ -18,17 +19,26 @@ std::string sessionsOf(const std::vector<uint32_t>& frames) {
         const SessionSummary& session = tracker.session();
         text += (text.empty() ? "" : " | ") + std::to_string(session.first) + "-" +
                 std::to_string(session.last) + " " + std::to_string(session.missing) + "/" +
-                std::to_string(session.repeated) + "/" + std::to_string(session.late);
+                std::to_string(session.repeated) + "/" + std::to_string(session.late) +
+                (session.misnumbered == 0 ? "" : " bad " + std::to_string(session.misnumbered));
         for (const FrameRange& gap : session.gaps) {
             text += " [" + std::to_string(gap.first) + "," + std::to_string(gap.last) + "]";
         }
     };
-    for (const uint32_t frame : frames) {
-        if (tracker.startsOver(frame)) {
+    for (size_t i = 0; i < frames.size(); ++i) {
+        const size_t ahead = std::min<size_t>(frames.size() - i - 1, 8);
+        const auto step = tracker.isPlain(frames[i])
+                                  ? SessionTracker::Step::Belongs
+                                  : tracker.judge(frames[i], frames.data() + i + 1, ahead);
+        if (step == SessionTracker::Step::Misnumbered) {
+            tracker.addMisnumbered();
+            continue;
+        }
+        if (step == SessionTracker::Step::StartsOver) {
             close();
             tracker.restart();
         }
-        tracker.add(frame);
+        tracker.add(frames[i]);
     }
     close();
     return text;
@@ -61,9 +71,25 @@ const Sequence kSequences[] = {
         {"ShortSessionStartsOver", {0, 1, 2, 0, 1, 2}, "0-2 0/0/0 | 0-2 0/0/0"},
         {"StartsOverAtAnotherNumber", upTo(40, {3, 4}), "0-40 0/0/0 | 3-4 0/0/0"},
         {"StartsOverBelowTheFirst", {30, 31, 32, 33, 1, 2}, "30-33 0/0/0 | 1-2 0/0/0"},
-        {"StartsOverIntoAnOldGap", {1, 3, 400, 2}, "1-400 397/0/0 [2,2] [4,399] | 2-2 0/0/0"},
+        {"StartsOverIntoAnOldGap",
+         {1, 3, 400, 401, 402, 403, 404, 405, 2, 3, 4, 5},
+         "1-405 397/0/0 [2,2] [4,399] | 2-5 0/0/0"},
+        {"StragglerThatWasMissing", upTo(200, {202, 203, 204, 290, 201, 291}),
+         "0-291 85/0/1 [205,289]"},
+        {"StragglerOfThousands", {1, 2, 4, 5, 2000, 2001, 3, 2002}, "1-2002 1994/0/1 [6,1999]"},
+        {"StragglerAtTheEnd", {1, 3, 200, 201, 2}, "1-201 196/0/1 [4,199]"},
+        {"JumpsAheadAndReturns", {7, 8, 1073741833, 10, 11}, "7-11 1/0/0 bad 1 [9,9]"},
+        {"JumpsAheadAtTheEnd", {7, 8, 1073741833}, "7-8 0/0/0 bad 1"},
+        {"JumpsBackAndReturns", upTo(600, {89, 602, 603}), "0-603 1/0/0 bad 1 [601,601]"},
+        {"JumpsBackALittleAndReturns", upTo(39, {8, 41, 42}), "0-42 1/0/0 bad 1 [40,40]"},
+        {"TwoJumpInARow", {7, 8, 70000, 900000, 11, 12}, "7-12 2/0/0 bad 2 [9,10]"},
+        {"FirstIsDamaged", {70000, 8, 9, 10}, "8-10 0/0/0 bad 1"},
+        {"GapOfThousands", {7, 8, 5000, 5001}, "7-5001 4991/0/0 [9,4999]"},
+        {"RepeatedFirst", {5, 6, 7, 5, 8, 9}, "5-9 0/1/0"},
         {"NoNumber", {1, UINT32_MAX, 2}, "1-2 0/0/0"},
-        {"WholeRange", {0, UINT32_MAX - 1}, "0-4294967294 4294967293/0/0 [1,4294967293]"},
+        {"WholeRange",
+         {0, 1, UINT32_MAX - 2, UINT32_MAX - 1},
+         "0-4294967294 4294967291/0/0 [2,4294967292]"},
 };
 
 class Sessions : public testing::TestWithParam<Sequence> {};

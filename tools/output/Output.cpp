@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "tools/output/printablePath.h"
+
 namespace vdrdump {
 namespace {
 
@@ -15,19 +17,25 @@ constexpr size_t kBlock = size_t{256} * 1024;
 }  // namespace
 
 Output::Output(const std::string& path)
-      : mPath(path == "-" ? "standard output" : path),
-        mFile(path == "-" ? STDOUT_FILENO
-                          : open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)),
-        mBuffer(kBlock) {
+      : mName(path == "-" ? "standard output" : printablePath(path)), mBuffer(kBlock) {
+    if (path == "-") {
+        mFile = STDOUT_FILENO;
+    } else if (UnfinishedFile::isWrittenInPlace(path)) {
+        mFile = open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    } else {
+        mFile = mUnfinished.emplace(path).descriptor();
+    }
     if (mFile < 0) {
         fail();
     }
 }
 
 Output::~Output() {
-    flush();
-    if (mFile > STDERR_FILENO) {
-        close(mFile);
+    if (!mUnfinished) {
+        flush();
+        if (mFile > STDERR_FILENO) {
+            close(mFile);
+        }
     }
 }
 
@@ -58,9 +66,16 @@ bool Output::flush() {
     return !mHasFailed;
 }
 
+bool Output::finish() {
+    if (flush() && mUnfinished && !mUnfinished->complete()) {
+        fail();
+    }
+    return !mHasFailed;
+}
+
 void Output::fail() {
     mHasFailed = true;
-    std::fprintf(stderr, "vdrdump: %s: expected to write it: %s\n", mPath.c_str(),
+    std::fprintf(stderr, "vdrdump: %s: expected to write it: %s\n", mName.c_str(),
                  std::strerror(errno));
 }
 

@@ -1,13 +1,17 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/output/UnfinishedFile.h"
+
 namespace vdrdump {
 
-// Where data goes: a file, or standard output for "-". Collects into one block and writes that
-// whole. The first failure is said on standard error; what follows is dropped.
+// Where data goes: a file, which appears complete or not at all, or standard output for "-".
+// Collects into one block and writes that whole. The first failure is said on standard error; what
+// follows is dropped.
 class Output {
 public:
     explicit Output(const std::string& path);
@@ -27,13 +31,16 @@ public:
 
     // Writes what is collected. False when anything has failed so far.
     bool flush();
+    // Puts a file in its place. False when anything has failed: then what was there stays.
+    bool finish();
     bool hasFailed() const { return mHasFailed; }
 
 private:
     void makeRoom(size_t size);
     void fail();
 
-    const std::string mPath;
+    const std::string mName;
+    std::optional<UnfinishedFile> mUnfinished;
     int mFile;
     std::vector<char> mBuffer;
     size_t mUsed = 0;

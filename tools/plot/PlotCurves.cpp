@@ -8,45 +8,17 @@
 namespace vdrdump {
 namespace {
 
-constexpr size_t kStatus = offsetof(Layout, sysStatusInfo);
-using Status = vdr2::SysStatusInfo;
-
-// In the order of `Curve`; the factor makes of the dump's unit that of the picture.
-struct Source {
-    size_t offset;
-    float factor;
-    Kind kind;
-};
-constexpr float kGHz = 1e-6F;
-constexpr float kMiB = 1.0F / 1024;
-constexpr Source kSources[] = {
-        {kStatus + offsetof(Status, cpu0Freq), kGHz, Kind::I32},
-        {kStatus + offsetof(Status, cpu4Freq), kGHz, Kind::I32},
-        {kStatus + offsetof(Status, cpu7Freq), kGHz, Kind::I32},
-        {kStatus + offsetof(Status, cpuUsage), 1, Kind::U16},
-        {kStatus + offsetof(Status, loadAvg1), 1, Kind::F32},
-        {kStatus + offsetof(Status, loadAvg5), 1, Kind::F32},
-        {kStatus + offsetof(Status, loadAvg15), 1, Kind::F32},
-        {kStatus + offsetof(Status, memFree), kMiB, Kind::U32},
-        {kStatus + offsetof(Status, memAvailable), kMiB, Kind::U32},
-        {kStatus + offsetof(Status, usedMem), 1, Kind::U32},
-        {kStatus + offsetof(Status, shellFrontTemp), 1, Kind::I32},
-        {kStatus + offsetof(Status, shellBackTemp), 1, Kind::I32},
-        {kStatus + offsetof(Status, shellFrameTemp), 1, Kind::I32},
-        {offsetof(Layout, zoomRatio), 1, Kind::F32},
-        {offsetof(Layout, nodeInfoCount), 1, Kind::U8},
-};
-static_assert(sizeof(kSources) / sizeof(kSources[0]) == static_cast<size_t>(Curve::Count));
-
 // NaN where the record does not reach.
-float valueOf(const Source& source, const Record& record) {
-    if (source.offset >= record.known) {
+float valueOf(const Trace& trace, const Record& record) {
+    const Column& column = *trace.column;
+    if (!record.knows(column)) {
         return NAN;
     }
-    const uint8_t* at = record.bytes + source.offset;
-    const float value = source.kind == Kind::F32 ? valueAt<float>(at)
-                                                 : static_cast<float>(integerAt(source.kind, at));
-    return std::isfinite(value) ? value * source.factor : NAN;
+    const uint8_t* at = record.bytes + column.offset;
+    const float value = column.kind == Kind::F32   ? valueAt<float>(at)
+                        : column.kind == Kind::U64 ? static_cast<float>(valueAt<uint64_t>(at))
+                                                   : static_cast<float>(integerAt(column.kind, at));
+    return std::isfinite(value) ? value * trace.factor : NAN;
 }
 
 void appendNumber(std::string& text, float value) {
@@ -57,12 +29,18 @@ void appendNumber(std::string& text, float value) {
 
 }  // namespace
 
-PlotCurves::Point PlotCurves::pointOf(const Record& record) {
-    const auto frame = record.read<uint32_t>(offsetof(Layout, frameNumber));
-    Point point{frame, frame, {}};
-    for (size_t i = 0; i < kCurves; ++i) {
-        const float value = valueOf(kSources[i], record);
-        point.values[i] = {value, value};
+PlotCurves::PlotCurves(const std::vector<Panel>& panels) {
+    for (const Panel& panel : panels) {
+        mTraces.insert(mTraces.end(), panel.traces.begin(), panel.traces.end());
+        mTraces.insert(mTraces.end(), panel.rightTraces.begin(), panel.rightTraces.end());
+    }
+}
+
+PlotCurves::Point PlotCurves::pointOf(const Record& record) const {
+    Point point{record.frame(), record.frame(), {}};
+    for (const Trace& trace : mTraces) {
+        const float value = valueOf(trace, record);
+        point.values.push_back({value, value});
     }
     return point;
 }
@@ -70,7 +48,7 @@ PlotCurves::Point PlotCurves::pointOf(const Record& record) {
 void PlotCurves::merge(Point& into, const Point& next) {
     into.frame = std::min(into.frame, next.frame);
     into.lastFrame = std::max(into.lastFrame, next.lastFrame);
-    for (size_t i = 0; i < kCurves; ++i) {
+    for (size_t i = 0; i < into.values.size(); ++i) {
         // These prefer a number to a NaN.
         into.values[i].low = std::fmin(into.values[i].low, next.values[i].low);
         into.values[i].high = std::fmax(into.values[i].high, next.values[i].high);
@@ -100,11 +78,11 @@ void PlotCurves::halve() {
     mRecordsPerPoint *= 2;
 }
 
-Range<float> PlotCurves::rangeOf(Curve curve) const {
+Range<float> PlotCurves::rangeOf(size_t curve) const {
     Range<float> range;
     for (const Point& point : mPoints) {
-        range.add(point.values[static_cast<size_t>(curve)].low);
-        range.add(point.values[static_cast<size_t>(curve)].high);
+        range.add(point.values[curve].low);
+        range.add(point.values[curve].high);
     }
     return range;
 }

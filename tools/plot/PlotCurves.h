@@ -1,34 +1,15 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "tools/plot/Panel.h"
 #include "tools/record/Record.h"
 #include "tools/session/Range.h"
 
 namespace vdrdump {
-
-enum class Curve : uint8_t {
-    Cpu0,
-    Cpu4,
-    Cpu7,
-    Usage,
-    Load1,
-    Load5,
-    Load15,
-    MemFree,
-    MemAvailable,
-    UsedMem,
-    FrontTemp,
-    BackTemp,
-    FrameTemp,
-    Zoom,
-    Nodes,
-    Count
-};
 
 // The curves of a plot over the frames of one session, in bounded memory: while they are few, one
 // point per frame; when kMost points are full, neighbours are merged two by two and each keeps the
@@ -37,17 +18,18 @@ class PlotCurves {
 public:
     static constexpr size_t kMost = 4096;
 
+    // The curves are those of the panels, in their order, left ones first.
+    explicit PlotCurves(const std::vector<Panel>& panels);
+
     void add(const Record& record);
     bool isEmpty() const { return mPoints.empty(); }
 
-    Range<float> rangeOf(Curve curve) const;
+    Range<float> rangeOf(size_t curve) const;
     // The points as lines of numbers: the frame, then the lowest and the highest of every curve. A
     // blank line, at which curves break, wherever frames are missing.
     std::string table() const;
 
 private:
-    static constexpr size_t kCurves = static_cast<size_t>(Curve::Count);
-
     struct Extremes {
         float low;
         float high;
@@ -55,13 +37,14 @@ private:
     struct Point {
         uint32_t frame;
         uint32_t lastFrame;
-        std::array<Extremes, kCurves> values;
+        std::vector<Extremes> values;
     };
 
-    static Point pointOf(const Record& record);
+    Point pointOf(const Record& record) const;
     static void merge(Point& into, const Point& next);
     void halve();
 
+    std::vector<Trace> mTraces;
     std::vector<Point> mPoints;
     uint64_t mRecordsPerPoint = 1;
     uint64_t mInLastPoint = 0;

@@ -13,12 +13,13 @@
 #include <cstring>
 
 #include "tools/output/Output.h"
+#include "tools/output/printablePath.h"
 
 namespace vdrdump {
 namespace {
 
 bool complain(const std::string& path, const char* expected, int error) {
-    std::fprintf(stderr, "vdrdump: %s: expected %s: %s\n", path.c_str(), expected,
+    std::fprintf(stderr, "vdrdump: %s: expected %s: %s\n", printablePath(path).c_str(), expected,
                  std::strerror(error));
     return false;
 }
@@ -37,8 +38,10 @@ void writeAll(int to, const std::string& text) {
     std::signal(SIGPIPE, previous);
 }
 
-// 0, or an errno value. `input` is what the child reads, `output` what it writes.
-int spawn(int input, int output, pid_t& child) {
+// 0, or an errno value. `input` is what the child reads, `output` and `messages` what it writes.
+// In a group of its own it hears nothing of the terminal's signals, and it gets no signal that
+// this program ignores as one to ignore. When this program ends, so does its input.
+int spawn(int input, int output, int messages, pid_t& child) {
     char name[] = "gnuplot";
     char withoutUserSettings[] = "-d";
     char* const arguments[] = {name, withoutUserSettings, nullptr};
@@ -46,18 +49,38 @@ int spawn(int input, int output, pid_t& child) {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    const int error = posix_spawnp(&child, name, &actions, nullptr, arguments, environ);
+    posix_spawn_file_actions_adddup2(&actions, messages, STDERR_FILENO);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    sigset_t defaults;
+    sigemptyset(&defaults);
+    sigaddset(&defaults, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    const int error = posix_spawnp(&child, name, &actions, &attributes, arguments, environ);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return error;
 }
 
-bool runWithOutput(const std::string& script, const std::string& path, int output) {
+// The first line of what gnuplot said that names a fault; it begins with where in the script.
+std::string faultIn(int messages) {
+    std::string text(4096, '\0');
+    const ssize_t length = pread(messages, text.data(), text.size(), 0);
+    text.resize(static_cast<size_t>(std::max<ssize_t>(length, 0)));
+    const size_t line = text.find("line ");
+    text = printablePath(text.substr(line == std::string::npos ? 0 : line));
+    return text.substr(0, text.find("\\x0a"));
+}
+
+bool runWithOutput(const std::string& script, const std::string& path, int output, int messages) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
         return complain(path, "a pipe to gnuplot", errno);
     }
     pid_t child = 0;
-    const int error = spawn(ends[0], output, child);
+    const int error = spawn(ends[0], output, messages, child);
     close(ends[0]);
     if (error != 0) {
         close(ends[1]);
@@ -70,8 +93,8 @@ bool runWithOutput(const std::string& script, const std::string& path, int outpu
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-        std::fprintf(stderr, "vdrdump: %s: expected a picture from gnuplot, it failed\n",
-                     path.c_str());
+        std::fprintf(stderr, "vdrdump: %s: expected a picture from gnuplot, it failed: %s\n",
+                     printablePath(path).c_str(), faultIn(messages).c_str());
         return false;
     }
     return true;
@@ -89,17 +112,19 @@ bool copyTo(const std::string& path, int picture) {
         output.commit(to + std::max<ssize_t>(length, 0));
         at += length;
     } while (length > 0);
-    return output.flush() && length == 0;
+    return length == 0 && output.finish();
 }
 
 }  // namespace
 
 bool runGnuplot(const std::string& script, const std::string& path) {
     const int picture = memfd_create("picture", MFD_CLOEXEC);
-    if (picture < 0) {
-        return complain(path, "memory for the picture", errno);
-    }
-    const bool isGiven = runWithOutput(script, path, picture) && copyTo(path, picture);
+    const int messages = memfd_create("messages", MFD_CLOEXEC);
+    const bool isGiven =
+            picture < 0 || messages < 0
+                    ? complain(path, "memory for the picture", errno)
+                    : runWithOutput(script, path, picture, messages) && copyTo(path, picture);
+    close(messages);
     close(picture);
     return isGiven;
 }

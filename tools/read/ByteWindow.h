@@ -18,6 +18,9 @@ public:
     // Bytes in the window: at least `wanted`, fewer only at the end of the source.
     size_t ensure(size_t wanted) { return mEnd - mBegin >= wanted ? mEnd - mBegin : fill(wanted); }
 
+    // Bytes in the window now.
+    size_t available() const { return mEnd - mBegin; }
+
     const uint8_t* data() const { return mBuffer.data() + mBegin; }
 
     void consume(size_t size) {

@@ -10,10 +10,15 @@ namespace vdrdump {
 DamageLog::DamageLog(std::string file, std::FILE* out, Progress* progress)
       : mFile(std::move(file)), mOut(out), mProgress(progress) {}
 
-bool DamageLog::add(Damage damage) {
-    ++mCounts[static_cast<size_t>(damage)];
-    ++mTotal;
-    return mOut != nullptr && mTotal <= kDescribed;
+bool DamageLog::add(Damage damage, uint64_t times) {
+    mCounts[static_cast<size_t>(damage)] += times;
+    mTotal += times;
+    if (mDescribed == kMostDescribed) {
+        mUnlisted += times;
+        return false;
+    }
+    ++mDescribed;
+    return mOut != nullptr;
 }
 
 void DamageLog::describe(uint64_t offset, const std::string& expected) {
@@ -25,9 +30,9 @@ void DamageLog::describe(uint64_t offset, const std::string& expected) {
 }
 
 void DamageLog::finish() const {
-    if (mOut != nullptr && mTotal > kDescribed) {
+    if (mOut != nullptr && mUnlisted != 0) {
         std::fprintf(mOut, "vdrdump: %s: %" PRIu64 " further faults, not listed\n", mFile.c_str(),
-                     mTotal - kDescribed);
+                     mUnlisted);
     }
 }
 

@@ -5,10 +5,12 @@
 
 namespace vdrdump {
 
-enum class DumpKind : uint8_t { Empty, Binary, Text };
+enum class DumpKind : uint8_t { Empty, Binary, Text, None };
 
-// Tells a dump from its first bytes, at most a record's. Names are no help: dumps get renamed,
-// and standard input has none.
-DumpKind detectDumpKind(const uint8_t* bytes, size_t size);
+const char* nameOf(DumpKind kind);
+
+// Tells a dump from its first bytes, the more of them the better; None for what is no dump.
+// `isEnd`: there are no more. Names are no help: dumps get renamed, and standard input has none.
+DumpKind detectDumpKind(const uint8_t* bytes, size_t size, bool isEnd);
 
 }  // namespace vdrdump

@@ -1,6 +1,7 @@
 #include "tools/read/TextReader.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 
 #include "tools/read/checkCounts.h"
@@ -9,6 +10,13 @@ namespace vdrdump {
 namespace {
 
 constexpr size_t kLongestLine = zk::kFrameRecordSize - 1;  // with its newline
+
+const char* endOfText(const char* line, const char* newline) {
+    while (newline != line && newline[-1] == '\r') {
+        --newline;
+    }
+    return newline;
+}
 
 }  // namespace
 
@@ -23,7 +31,8 @@ bool TextReader::next(Record& record) {
         const auto* line = reinterpret_cast<const char*>(mWindow.data());
         const auto* newline = static_cast<const char*>(std::memchr(line, '\n', available));
         const bool isCut = newline == nullptr;
-        const bool isWhole = mParser.parse(line, isCut ? line + available : newline);
+        const bool isWhole =
+                mParser.parse(line, isCut ? line + available : endOfText(line, newline));
         record.offset = mWindow.offset();
         record.index = mIndex++;
         record.bytes = mParser.block();
@@ -37,6 +46,25 @@ bool TextReader::next(Record& record) {
             return true;
         }
     }
+}
+
+// Of each line the number in front of the first comma.
+NumbersAhead TextReader::ahead() {
+    NumbersAhead ahead;
+    const size_t available = mWindow.ensure(NumbersAhead::kMost * kLongestLine);
+    const auto* line = reinterpret_cast<const char*>(mWindow.data());
+    const char* const end = line + available;
+    while (line != end && !ahead.isFull()) {
+        const auto length = std::min(static_cast<size_t>(end - line), kLongestLine);
+        const auto* newline = static_cast<const char*>(std::memchr(line, '\n', length));
+        uint32_t number = 0;
+        const auto [stop, error] = std::from_chars(line, line + length, number);
+        if (error == std::errc() && stop != end && *stop == ',') {
+            ahead.add(number);
+        }
+        line = newline != nullptr ? newline + 1 : line + length;
+    }
+    return ahead;
 }
 
 void TextReader::reportFault(const Record& record, const char* line, bool isCut) {

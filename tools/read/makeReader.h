@@ -9,8 +9,8 @@
 
 namespace vdrdump {
 
-// Looks at the front of `window` and makes the reader for it; none for an empty dump. Window and
-// log must outlive the reader.
+// Looks at the front of `window` and makes the reader for it; none for what is empty, and none,
+// which is damage, for what is no dump. Window and log must outlive the reader.
 std::unique_ptr<DumpReader> makeReader(ByteWindow& window, DamageLog& damage, DumpKind& kind);
 
 }  // namespace vdrdump

@@ -111,4 +111,25 @@ inline double printedFloat(const uint8_t* at) {
     return value;
 }
 
+// For a reader's eye: names in quotes, ids in hexadecimal.
+inline std::string shownValue(const Column& column, const uint8_t* at) {
+    char text[kLongestNumber];
+    switch (column.kind) {
+        case Kind::Text:
+            return "\"" + nameAt(column, at) + "\"";
+        case Kind::F32:
+            return {text, appendFloat(text, at)};
+        case Kind::U64:
+            return std::to_string(valueAt<uint64_t>(at));
+        default:
+            break;
+    }
+    const int64_t value = integerAt(column.kind, at);
+    if (column.isId) {
+        const auto [end, error] = std::to_chars(text, text + sizeof(text), value, 16);
+        return error == std::errc() ? "0x" + std::string(text, end) : "";
+    }
+    return std::to_string(value);
+}
+
 }  // namespace vdrdump

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "records/frameData.h"
 #include "tools/record/RecordSchema.h"
 
 namespace vdrdump {
@@ -18,10 +19,18 @@ struct Record {
     uint64_t offset = 0;             // of the record in its file
     uint64_t index = 0;              // of the record in its file, from 0
     uint32_t session = 0;            // camera session in its file, from 1
+    bool isMisnumbered = false;      // its frame number is damaged, and as good as not read
 
     bool knows(const Column& column) const {
-        return static_cast<size_t>(column.offset) + column.size <= known;
+        return static_cast<size_t>(column.offset) + column.size <= known &&
+               (!isMisnumbered || column.offset != 0);
     }
+
+    bool isWhole() const { return known == sizeof(Layout) && !isMisnumbered; }
+
+    // As it stands in the record.
+    uint32_t frame() const { return zk::frameNumberOf(bytes); }
+    bool isNumbered() const { return !isMisnumbered && frame() != zk::kNoFrameNumber; }
 
     template <typename T>
     T read(size_t at) const {

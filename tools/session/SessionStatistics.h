@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/record/Record.h"
+#include "tools/session/FrameClock.h"
 #include "tools/session/Range.h"
 #include "tools/session/VideoWindows.h"
 
@@ -19,6 +20,7 @@ struct SessionStatistics {
     Range<uint32_t> memAvailable;
     Range<uint32_t> usedMem;
     VideoWindows videos;
+    FrameClock clock;
 
     void add(const Record& record) {
         constexpr size_t kStatus = offsetof(Layout, sysStatusInfo);
@@ -35,8 +37,13 @@ struct SessionStatistics {
         memFree.add(record.read<uint32_t>(kStatus + offsetof(Status, memFree)));
         memAvailable.add(record.read<uint32_t>(kStatus + offsetof(Status, memAvailable)));
         usedMem.add(record.read<uint32_t>(kStatus + offsetof(Status, usedMem)));
+        if (!record.isNumbered()) {
+            return;
+        }
+        clock.add(record.frame(), record.read<uint64_t>(offsetof(Layout, cslInfo) +
+                                                        offsetof(vdr2::CslInfo, stamp)));
         if (const uint8_t action = record.bytes[offsetof(Layout, videoAction)]; action != 0) {
-            videos.add(record.read<uint32_t>(offsetof(Layout, frameNumber)), action);
+            videos.add(record.frame(), action);
         }
     }
 };

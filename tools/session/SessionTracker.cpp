@@ -1,18 +1,99 @@
 #include "tools/session/SessionTracker.h"
 
-#include "records/frameData.h"
+#include <algorithm>
 
 namespace vdrdump {
+namespace {
 
-bool SessionTracker::startsOver(uint32_t frame) const {
-    if (frame == zk::kNoFrameNumber || mSession.numbered == 0 || frame >= mSession.last) {
+// With nothing behind it, a number this far ahead is more likely damaged: a minute at 30 a second.
+constexpr uint32_t kFarthestAlone = 1800;
+
+uint32_t apart(uint32_t a, uint32_t b) {
+    return a > b ? a - b : b - a;
+}
+
+// Of the numbers behind one that leaves the others, how many go on from it and how many return.
+struct Votes {
+    Votes(uint32_t frame, uint32_t last, const uint32_t* ahead, size_t count) {
+        for (size_t i = 0; i < count; ++i) {
+            const uint32_t fromFrame = apart(ahead[i], frame + 1 + static_cast<uint32_t>(i));
+            const uint32_t fromLast = apart(ahead[i], last + 1 + static_cast<uint32_t>(i));
+            if (std::min(fromFrame, fromLast) <= SessionTracker::kInFlight) {
+                ++(fromFrame < fromLast ? goOn : comeBack);
+            }
+        }
+    }
+    size_t goOn = 0;
+    size_t comeBack = 0;
+};
+
+}  // namespace
+
+SessionTracker::Step SessionTracker::judge(uint32_t frame, const uint32_t* ahead,
+                                           size_t count) const {
+    if (frame == zk::kNoFrameNumber) {
+        return Step::Belongs;
+    }
+    if (mSession.numbered == 0) {
+        return judgeFirst(frame, ahead, count);
+    }
+    return frame > mSession.last ? judgeAhead(frame, ahead, count)
+                                 : judgeBehind(frame, ahead, count);
+}
+
+// Damaged when those behind it agree with each other and not with it.
+SessionTracker::Step SessionTracker::judgeFirst(uint32_t frame, const uint32_t* ahead,
+                                                size_t count) const {
+    if (count < 2) {
+        return Step::Belongs;
+    }
+    const Votes votes(frame, ahead[0], ahead + 1, count - 1);
+    const bool isFar = apart(frame, ahead[0]) > kInFlight;
+    return isFar && votes.comeBack > votes.goOn ? Step::Misnumbered : Step::Belongs;
+}
+
+SessionTracker::Step SessionTracker::judgeAhead(uint32_t frame, const uint32_t* ahead,
+                                                size_t count) const {
+    const uint32_t distance = frame - mSession.last;
+    const Votes votes(frame, mSession.last, ahead, count);
+    const bool isAlone = votes.goOn == 0 && votes.comeBack == 0;
+    const bool goesOn =
+            isAlone ? count == 0 && distance <= kFarthestAlone : votes.goOn >= votes.comeBack;
+    return distance <= kInFlight || goesOn ? Step::Belongs : Step::Misnumbered;
+}
+
+SessionTracker::Step SessionTracker::judgeBehind(uint32_t frame, const uint32_t* ahead,
+                                                 size_t count) const {
+    const uint32_t behind = mSession.last - frame;
+    const bool isBefore = frame < mSession.first;
+    const bool isNearby = isSeen(behind) ? behind <= kNear && frame != mSession.first
+                                         : behind <= (isBefore ? kNear : kInFlight - 1);
+    if (isNearby) {
+        return Step::Belongs;
+    }
+    const bool isLate = isBefore ? mSession.first - frame <= kInFlight : isMissing(frame);
+    // The session's first number again, and no more of it: repeated.
+    const bool isRepeated = isSeen(behind) && behind <= kNear;
+    const Votes votes(frame, mSession.last, ahead, count);
+    if (votes.goOn > votes.comeBack || (count == 0 && !isLate && !isRepeated)) {
+        return Step::StartsOver;
+    }
+    return isLate || isRepeated ? Step::Belongs : Step::Misnumbered;
+}
+
+// A gap that is not listed may hold any number.
+bool SessionTracker::isMissing(uint32_t frame) const {
+    if (isSeen(mSession.last - frame)) {
         return false;
     }
-    const uint32_t behind = mSession.last - frame;
-    if (isSeen(behind)) {
-        return behind > kNear || frame == mSession.first;
+    uint64_t listed = 0;
+    for (const FrameRange& gap : mSession.gaps) {
+        if (frame >= gap.first && frame <= gap.last) {
+            return true;
+        }
+        listed += uint64_t{gap.last} - gap.first + 1;
     }
-    return behind > (frame < mSession.first ? kNear : kInFlight - 1);
+    return listed < mSession.missing;
 }
 
 void SessionTracker::restart() {
@@ -52,7 +133,9 @@ void SessionTracker::addAhead(uint32_t frame) {
 
 void SessionTracker::addLate(uint32_t frame) {
     ++mSession.late;
-    mSeen.set(mSession.last - frame);
+    if (mSession.last - frame < kInFlight) {
+        mSeen.set(mSession.last - frame);
+    }
     if (frame > mSession.first) {
         --mSession.missing;
         closeGap(frame);
@@ -67,7 +150,12 @@ void SessionTracker::addLate(uint32_t frame) {
 void SessionTracker::addGap(uint32_t first, uint32_t last) {
     mSession.missing += uint64_t{last} - first + 1;
     if (mSession.gaps.size() < kMostGaps) {
-        mSession.gaps.push_back({first, last});
+        const auto isBehind = [](uint32_t frame, const FrameRange& gap) {
+            return frame < gap.first;
+        };
+        mSession.gaps.insert(
+                std::upper_bound(mSession.gaps.begin(), mSession.gaps.end(), first, isBehind),
+                {first, last});
     }
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "tools/output/Output.h"
+#include "tools/record/FieldChoice.h"
 #include "tools/sink/RecordSink.h"
 
 namespace vdrdump {
@@ -11,18 +12,19 @@ namespace vdrdump {
 // elements arrays of their columns; a cell is empty where the dump gave no value.
 class CsvSink : public RecordSink {
 public:
-    explicit CsvSink(const std::string& path);
+    CsvSink(const std::string& path, const FieldChoice& fields);
 
     void beginFile(const DumpFile& file) override;
     void add(const Record& record) override;
     void endSession(const SessionSummary&) override {}
-    void endFile(uint64_t, const DamageLog&) override {}
-    bool finish() override { return mOutput.flush(); }
+    void endFile(const DumpEnd&) override {}
+    bool finish() override { return mOutput.finish(); }
     bool isDone() const override { return mOutput.hasFailed(); }
 
 private:
     void writeHeader();
 
+    const FieldChoice mFields;
     Output mOutput;
     std::string mRowStart;  // the cells that are the same in all rows of a file
 };

@@ -2,8 +2,9 @@
 
 #include <cstring>
 
+#include "tools/output/printablePath.h"
+#include "tools/read/DumpName.h"
 #include "tools/read/FileSource.h"
-#include "tools/read/lostFrameOf.h"
 #include "tools/read/makeReader.h"
 
 namespace vdrdump {
@@ -15,12 +16,30 @@ void reportUnreadable(DamageLog& damage, uint64_t offset, int error) {
     }
 }
 
+// The recorder makes a frame-loss text when it has lines for it.
+void reportNoLines(DamageLog& damage, uint32_t lostFrame) {
+    if (damage.add(Damage::NoLines)) {
+        damage.describe(0, "lines of the frames around frame " + std::to_string(lostFrame) +
+                                   ", found an empty file");
+    }
+}
+
+void reportMisnumbered(DamageLog& damage, const Record& record, const SessionSummary& session) {
+    if (!damage.add(Damage::Misnumbered)) {
+        return;
+    }
+    const std::string near =
+            session.numbered == 0 ? "those behind it" : std::to_string(session.last);
+    damage.describe(record.offset,
+                    "a frame number near " + near + ", found " + std::to_string(record.frame()));
+}
+
 }  // namespace
 
 bool DumpPass::readFile(const std::string& path) {
     FileSource source(path, [this](uint64_t bytes) { mProgress.advance(bytes); });
     if (source.openError() != 0) {
-        DamageLog damage(path, mErrors, &mProgress);
+        DamageLog damage(printablePath(path), mErrors, &mProgress);
         reportUnreadable(damage, 0, source.openError());
         return false;
     }
@@ -28,43 +47,69 @@ bool DumpPass::readFile(const std::string& path) {
 }
 
 bool DumpPass::readSource(const std::string& path, ByteSource& source) {
-    DamageLog damage(path, mErrors, &mProgress);
-    ByteWindow window(source);
     DumpFile file;
-    file.path = path;
+    file.path = printablePath(path);
     file.number = ++mFiles;
+    DamageLog damage(file.path, mErrors, &mProgress);
+    ByteWindow window(source);
     const std::unique_ptr<DumpReader> reader = makeReader(window, damage, file.kind);
-    if (file.kind == DumpKind::Text) {
-        file.lostFrame = lostFrameOf(path);
+    const DumpName name = DumpName::of(path);
+    file.time = name.time;
+    file.lostFrame = mSelection.lost ? mSelection.lost : name.lostFrame;
+    if (file.kind == DumpKind::Empty && name.lostFrame && window.error() == 0) {
+        reportNoLines(damage, *name.lostFrame);
     }
+    LossFinder losses(file.kind == DumpKind::None ? std::nullopt : file.lostFrame);
     mSink.beginFile(file);
-    const uint64_t records = reader != nullptr ? readRecords(*reader) : 0;
+    const uint64_t records = reader != nullptr ? readRecords(*reader, losses, damage) : 0;
     if (window.error() != 0) {
         reportUnreadable(damage, window.offset(), window.error());
     }
-    mSink.endFile(records, damage);
+    mSink.endFile({records, damage, losses});
     mProgress.clear();
     damage.finish();
     return !damage.any();
 }
 
-uint64_t DumpPass::readRecords(DumpReader& reader) {
+void DumpPass::endSession(const SessionTracker& sessions, LossFinder& losses) {
+    losses.endSession(sessions.session());
+    if (mSelection.wantsSession(sessions.session().number)) {
+        mSink.endSession(sessions.session());
+    }
+}
+
+uint64_t DumpPass::readRecords(DumpReader& reader, LossFinder& losses, DamageLog& damage) {
+    using Step = SessionTracker::Step;
     SessionTracker sessions;
     uint64_t records = 0;
     Record record;
     while (!mSink.isDone() && reader.next(record)) {
-        const auto frame = record.read<uint32_t>(offsetof(Layout, frameNumber));
-        if (sessions.startsOver(frame)) {
-            mSink.endSession(sessions.session());
+        const uint32_t frame = record.frame();
+        Step step = Step::Belongs;
+        if (!sessions.isPlain(frame)) {
+            const NumbersAhead ahead = reader.ahead();
+            step = sessions.judge(frame, ahead.begin(), ahead.count);
+        }
+        if (step == Step::StartsOver) {
+            endSession(sessions, losses);
             sessions.restart();
         }
-        sessions.add(frame);
+        record.isMisnumbered = step == Step::Misnumbered;
+        if (record.isMisnumbered) {
+            reportMisnumbered(damage, record, sessions.session());
+            sessions.addMisnumbered();
+        } else {
+            sessions.add(frame);
+        }
         record.session = sessions.session().number;
-        mSink.add(record);
+        losses.add(record);
+        if (mSelection.wants(record)) {
+            mSink.add(record);
+        }
         ++records;
     }
     if (records != 0) {
-        mSink.endSession(sessions.session());
+        endSession(sessions, losses);
     }
     return records;
 }

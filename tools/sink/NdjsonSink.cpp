@@ -1,83 +1,88 @@
 #include "tools/sink/NdjsonSink.h"
 
+#include <json/json.h>
+
 #include <cmath>
 
-#include "tools/record/ColumnText.h"
+#include "tools/sink/RowText.h"
 
 namespace vdrdump {
 namespace {
 
 constexpr uint64_t kLargestExactDouble = (uint64_t{1} << 53) - 1;
 
-Json::Value valueOf(const Column& column, const uint8_t* at) {
-    switch (column.kind) {
-        case Kind::Text:
-            return nameAt(column, at);
-        case Kind::F32: {
-            const auto value = valueAt<float>(at);
-            return std::isfinite(value) ? Json::Value(static_cast<double>(value)) : Json::Value();
+// What appendName() gives is printable ASCII, of which a quote and a backslash need an escape.
+char* appendString(char* out, const uint8_t* at, size_t width) {
+    char name[256];
+    const char* const end = appendName(name, at, width);
+    *out++ = '"';
+    for (const char* each = name; each != end; ++each) {
+        if (*each == '"' || *each == '\\') {
+            *out++ = '\\';
         }
-        case Kind::U64: {
-            const auto value = valueAt<uint64_t>(at);
-            return value <= kLargestExactDouble ? Json::Value(Json::UInt64{value})
-                                                : Json::Value(std::to_string(value));
-        }
-        default:
-            return Json::Int64{integerAt(column.kind, at)};
+        *out++ = *each;
     }
+    *out++ = '"';
+    return out;
 }
 
-Json::Value arrayOf(const ArrayField& array, const Record& record) {
-    Json::Value result(Json::arrayValue);
-    const size_t count = record.elements(array);
-    for (size_t i = 0; i < count; ++i) {
-        const uint8_t* at = record.bytes + array.offset + i * array.elementSize;
-        Json::Value& element = result.append(Json::objectValue);
-        for (const Column& column : array) {
-            element[Json::StaticString(column.name)] = valueOf(column, at + column.offset);
+struct JsonStyle {
+    static char* key(char* out, std::string_view name) {
+        *out = '"';
+        out = appendText(out + 1, name);
+        return appendText(out, "\":");
+    }
+    static char* nothing(char* out) { return appendText(out, "null"); }
+    static char* emptyArray(char* out) { return appendText(out, "[]"); }
+    static char* openArray(char* out) { return appendText(out, "["); }
+    static char* closeArray(char* out) { return appendText(out, "]"); }
+    static char* openElement(char* out) { return appendText(out, "{"); }
+    static char* closeElement(char* out) { return appendText(out, "}"); }
+    static char* elementKey(char* out, std::string_view name) { return key(out, name); }
+
+    template <Kind kKind>
+    static char* value(char* out, const Column& column, const uint8_t* at) {
+        if constexpr (kKind == Kind::Text) {
+            return appendString(out, at, column.size);
+        } else if constexpr (kKind == Kind::F32) {
+            return std::isfinite(valueAt<float>(at)) ? appendFloat(out, at) : nothing(out);
+        } else if constexpr (kKind == Kind::U64) {
+            const auto number = valueAt<uint64_t>(at);
+            if (number > kLargestExactDouble) {
+                *out = '"';
+                return appendText(zk::formatUnsigned(out + 1, number), "\"");
+            }
+            return zk::formatUnsigned(out, number);
+        } else {
+            return appendNumber<kKind>(out, at);
         }
     }
-    return result;
-}
 
-Json::Value valueOf(const Item& item, const Record& record) {
-    if (item.array != nullptr) {
-        return record.known > item.array->countOffset ? arrayOf(*item.array, record)
-                                                      : Json::Value();
+    template <Kind kKind>
+    static char* elementValue(char* out, const Column& column, const uint8_t* at) {
+        return value<kKind>(out, column, at);
     }
-    return record.knows(item.column) ? valueOf(item.column, record.bytes + item.column.offset)
-                                     : Json::Value();
-}
+};
 
 }  // namespace
 
-NdjsonSink::NdjsonSink(const std::string& path) : mOutput(path) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["commentStyle"] = "None";
-    builder["precision"] = 6;  // as in a text line
-    builder["precisionType"] = "decimal";
-    mWriter.reset(builder.newStreamWriter());
-}
-
 void NdjsonSink::beginFile(const DumpFile& file) {
-    mFile = file.path;
-    mLostFrame = file.lostFrame ? Json::Value(Json::UInt{*file.lostFrame}) : Json::Value();
+    mRowStart = "{\"file\":" + Json::valueToQuotedString(file.path.c_str()) +
+                ",\"lostFrame\":" + (file.lostFrame ? std::to_string(*file.lostFrame) : "null") +
+                ",\"session\":";
 }
 
 void NdjsonSink::add(const Record& record) {
-    Json::Value frame(Json::objectValue);
-    frame["file"] = mFile;
-    frame["lostFrame"] = mLostFrame;
-    frame["session"] = Json::UInt{record.session};
-    frame["record"] = Json::UInt64{record.index};
-    for (const Item& item : kItems) {
-        frame[Json::StaticString(item.column.name)] = valueOf(item, record);
-    }
-    mText.str("");
-    mWriter->write(frame, &mText);
-    mText << '\n';
-    mOutput.append(mText.str());
+    constexpr size_t kKeys = 2 * kLongestNumber + 16;  // session and record
+    char* out = mOutput.reserve(mRowStart.size() + kKeys + RowText<JsonStyle>::longest());
+    out = appendText(out, mRowStart);
+    out = zk::formatUnsigned(out, record.session);
+    out = appendText(out, ",\"record\":");
+    out = zk::formatUnsigned(out, record.index);
+    *out++ = ',';
+    out = RowText<JsonStyle>::append(out, record, mFields);
+    out = appendText(out - 1, "}\n");
+    mOutput.commit(out);
 }
 
 }  // namespace vdrdump

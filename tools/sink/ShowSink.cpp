@@ -2,35 +2,26 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 #include "tools/record/ColumnText.h"
 
 namespace vdrdump {
 namespace {
 
-constexpr size_t kNameWidth = 34;
-
-bool isNamed(const Item& item, const std::string& name) {
-    return name == item.column.field || name == item.column.name;
-}
-
-std::string padded(std::string text, size_t width) {
-    text.resize(std::max(text.size(), width), ' ');
-    return text;
-}
-
-std::string valueText(const Column& column, const uint8_t* at) {
-    char text[kLongestNumber];
-    switch (column.kind) {
-        case Kind::Text:
-            return "\"" + nameAt(column, at) + "\"";
-        case Kind::F32:
-            return {text, appendFloat(text, at)};
-        case Kind::U64:
-            return std::to_string(valueAt<uint64_t>(at));
-        default:
-            return std::to_string(integerAt(column.kind, at));
+// Of the longest name there is, so that none runs into its value.
+constexpr size_t nameWidth() {
+    size_t width = 0;
+    for (const Item& item : kItems) {
+        const size_t index = item.array != nullptr ? sizeof("[10]") - 1 : 0;
+        width = std::max(width, std::string_view(item.column.name).size() + index);
     }
+    return width + 2;
+}
+
+std::string padded(std::string text) {
+    text.resize(nameWidth(), ' ');
+    return text;
 }
 
 // What a number stands for, where that is the recorder's own doing.
@@ -43,40 +34,15 @@ std::string meaning(const Column& column, const uint8_t* at) {
 
 }  // namespace
 
-std::string ShowSink::unknownField(const std::vector<std::string>& fields) {
-    for (const std::string& name : fields) {
-        if (std::none_of(std::begin(kItems), std::end(kItems),
-                         [&name](const Item& item) { return isNamed(item, name); })) {
-            return name;
-        }
-    }
-    return "";
-}
-
-ShowSink::ShowSink(const Choice& choice) : mChoice(choice), mOutput("-") {
-    if (choice.fields.empty()) {
-        mShown.set();
-    }
-    for (const std::string& name : choice.fields) {
-        for (size_t i = 0; i < std::size(kItems); ++i) {
-            mShown[i] = mShown[i] || isNamed(kItems[i], name);
-        }
-    }
-}
-
 void ShowSink::add(const Record& record) {
-    const auto frame = record.read<uint32_t>(offsetof(Layout, frameNumber));
-    if (frame < mChoice.frames.first || frame > mChoice.frames.last ||
-        (mChoice.session != 0 && mChoice.session != record.session)) {
-        return;
-    }
     ++mFound;
-    mOutput.append("frame " + std::to_string(frame) + ": session " +
+    mOutput.append("frame " + std::to_string(record.frame()) +
+                   (record.isMisnumbered ? " (damaged)" : "") + ": session " +
                    std::to_string(record.session) + ", record " + std::to_string(record.index) +
                    ", offset " + std::to_string(record.offset) + "\n");
-    for (size_t i = 0; i < std::size(kItems); ++i) {
+    for (size_t i = 1; i < std::size(kItems); ++i) {
         const Item& item = kItems[i];
-        if (!mShown[i]) {
+        if (!mFields.wants(i)) {
             continue;
         }
         if (item.array != nullptr) {
@@ -90,8 +56,8 @@ void ShowSink::add(const Record& record) {
 
 void ShowSink::showColumn(const Column& column, const Record& record) {
     const uint8_t* at = record.bytes + column.offset;
-    mOutput.append("  " + padded(column.name, kNameWidth) +
-                   (record.knows(column) ? valueText(column, at) + meaning(column, at)
+    mOutput.append("  " + padded(column.name) +
+                   (record.knows(column) ? shownValue(column, at) + meaning(column, at)
                                          : std::string("not in the damaged record")) +
                    "\n");
 }
@@ -99,26 +65,36 @@ void ShowSink::showColumn(const Column& column, const Record& record) {
 void ShowSink::showArray(const ArrayField& array, const Record& record) {
     const size_t count = record.elements(array);
     for (size_t i = 0; i < count; ++i) {
+        const uint8_t columns = mFields.columnsOf(array, i);
+        if (columns == 0) {
+            continue;
+        }
         const uint8_t* at = record.bytes + array.offset + i * array.elementSize;
-        std::string text =
-                "  " + padded(std::string(array.name) + "[" + std::to_string(i) + "]", kNameWidth);
+        std::string text = "  " + padded(std::string(array.name) + "[" + std::to_string(i) + "]");
         const char* separator = "";
-        for (const Column& column : array) {
-            text += separator + std::string(column.name) + " " +
-                    valueText(column, at + column.offset);
-            separator = ", ";
+        for (size_t column = 0; column < array.columnCount; ++column) {
+            const Column& each = array.columns[column];
+            if ((columns >> column & 1) != 0) {
+                text += separator + std::string(each.name) + " " +
+                        shownValue(each, at + each.offset);
+                separator = ", ";
+            }
         }
         mOutput.append(text + "\n");
     }
 }
 
 bool ShowSink::finish() {
-    const bool isWritten = mOutput.flush();
-    if (mFound == 0 && !mPath.empty()) {
-        std::fprintf(stderr, "vdrdump: %s: expected records of the frames asked for, found none\n",
-                     mPath.c_str());
+    const bool isWritten = mOutput.finish();
+    if (mFound == 0 && mHadRecords) {
+        reportNothingFound(mPath);
     }
     return isWritten && mFound != 0;
+}
+
+void reportNothingFound(const std::string& path) {
+    std::fprintf(stderr, "vdrdump: %s: expected records of the frames asked for, found none\n",
+                 path.c_str());
 }
 
 }  // namespace vdrdump

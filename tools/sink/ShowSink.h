@@ -1,11 +1,9 @@
 #pragma once
 
-#include <bitset>
-#include <iterator>
 #include <string>
-#include <vector>
 
 #include "tools/output/Output.h"
+#include "tools/record/FieldChoice.h"
 #include "tools/sink/RecordSink.h"
 
 namespace vdrdump {
@@ -14,21 +12,12 @@ namespace vdrdump {
 // array the elements in use.
 class ShowSink : public RecordSink {
 public:
-    struct Choice {
-        FrameRange frames{0, UINT32_MAX};
-        uint32_t session = 0;             // 0: all
-        std::vector<std::string> fields;  // of the layout, or single columns; none: all
-    };
-
-    // The first name in `fields` that no field and no column has; empty when there is none.
-    static std::string unknownField(const std::vector<std::string>& fields);
-
-    explicit ShowSink(const Choice& choice);
+    explicit ShowSink(const FieldChoice& fields) : mFields(fields), mOutput("-") {}
 
     void beginFile(const DumpFile& file) override { mPath = file.path; }
     void add(const Record& record) override;
     void endSession(const SessionSummary&) override {}
-    void endFile(uint64_t, const DamageLog&) override {}
+    void endFile(const DumpEnd& end) override { mHadRecords = end.records != 0; }
     bool finish() override;
     bool isDone() const override { return mOutput.hasFailed(); }
 
@@ -36,11 +25,14 @@ private:
     void showColumn(const Column& column, const Record& record);
     void showArray(const ArrayField& array, const Record& record);
 
-    const Choice mChoice;
-    std::bitset<std::size(kItems)> mShown;
+    const FieldChoice mFields;
     Output mOutput;
-    std::string mPath;  // empty where there was nothing to read
+    std::string mPath;
+    bool mHadRecords = false;
     uint64_t mFound = 0;
 };
+
+// Says that nothing was found among the records of `path`, of which there were some.
+void reportNothingFound(const std::string& path);
 
 }  // namespace vdrdump

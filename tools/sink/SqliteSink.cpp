@@ -1,48 +1,25 @@
 #include "tools/sink/SqliteSink.h"
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <iterator>
 
 #include "tools/record/ColumnText.h"
+#include "tools/sink/databaseSchema.h"
 
 namespace vdrdump {
 namespace {
 
-// 64-bit columns have no type: what exceeds SQLite's signed integers is stored as text, which a
-// type of INTEGER would turn into a rounded number.
-const char* typeOf(Kind kind) {
-    switch (kind) {
-        case Kind::Text:
-            return " TEXT";
-        case Kind::F32:
-            return " REAL";
-        case Kind::U64:
-            return "";
-        default:
-            return " INTEGER";
-    }
-}
-
-std::string placeholders(size_t count) {
-    std::string result = " VALUES (?";
-    for (size_t i = 1; i < count; ++i) {
-        result += ",?";
-    }
-    return result + ")";
-}
-
-constexpr size_t kFrameKeys = 3;    // file, session, record
-constexpr size_t kElementKeys = 5;  // those, frameNumber and element
-
 void bindText(sqlite3_stmt* statement, int index, const std::string& text) {
     sqlite3_bind_text(statement, index, text.data(), static_cast<int>(text.size()),
                       SQLITE_TRANSIENT);
+}
+
+void bindNumber(sqlite3_stmt* statement, int index, uint64_t number) {
+    if (number <= INT64_MAX) {
+        sqlite3_bind_int64(statement, index, static_cast<int64_t>(number));
+    } else {
+        bindText(statement, index, std::to_string(number));
+    }
 }
 
 void bindColumn(sqlite3_stmt* statement, int index, const Column& column, const uint8_t* at) {
@@ -55,122 +32,58 @@ void bindColumn(sqlite3_stmt* statement, int index, const Column& column, const 
                 sqlite3_bind_double(statement, index, printedFloat(at));
             }
             return;
-        case Kind::U64: {
-            const auto value = valueAt<uint64_t>(at);
-            if (value <= INT64_MAX) {
-                sqlite3_bind_int64(statement, index, static_cast<int64_t>(value));
-            } else {
-                bindText(statement, index, std::to_string(value));
-            }
+        case Kind::U64:
+            bindNumber(statement, index, valueAt<uint64_t>(at));
             return;
-        }
         default:
             sqlite3_bind_int64(statement, index, integerAt(column.kind, at));
     }
 }
 
-// What a link leads to, so that the link stays.
-std::string targetOf(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path target = std::filesystem::canonical(path, error);
-    return error ? path : target.string();
-}
-
-const char* nameOf(DumpKind kind) {
-    switch (kind) {
-        case DumpKind::Binary:
-            return "binary";
-        case DumpKind::Text:
-            return "text";
-        case DumpKind::Empty:
-            break;
-    }
-    return "empty";
-}
-
 }  // namespace
 
-SqliteSink::SqliteSink(const std::string& path)
-      : mPath(targetOf(path)), mUnfinishedPath(mPath + ".unfinished") {
-    if (std::filesystem::exists(mPath) && !std::filesystem::is_regular_file(mPath)) {
-        mHasFailed = true;
-        std::fprintf(stderr, "vdrdump: %s: expected a file to replace\n", mPath.c_str());
-        return;
-    }
-    unlink(mUnfinishedPath.c_str());
-    if (sqlite3_open(mUnfinishedPath.c_str(), &mDatabase) != SQLITE_OK) {
-        fail();
-        return;
-    }
-    // Nothing is lost with an unfinished database, so it needs neither journal nor flushes.
-    execute("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA locking_mode = EXCLUSIVE;"
-            "BEGIN");
-    createTables();
-}
-
-SqliteSink::~SqliteSink() {
-    mInsertFile.reset();
-    mInsertSession.reset();
-    mInsertFrame.reset();
-    mInsertElement.clear();
-    sqlite3_close(mDatabase);
-    unlink(mUnfinishedPath.c_str());  // gone already when it was finished
-}
-
-void SqliteSink::createTables() {
-    execute("CREATE TABLE files (file INTEGER PRIMARY KEY, path TEXT, kind TEXT,"
-            " lostFrame INTEGER, records INTEGER, isDamaged INTEGER);"
-            "CREATE VIEW losses AS SELECT file, path, lostFrame FROM files"
-            " WHERE lostFrame IS NOT NULL;"
-            "CREATE TABLE sessions (file INTEGER, session INTEGER, records INTEGER,"
-            " firstFrame INTEGER, lastFrame INTEGER, missing INTEGER, repeated INTEGER,"
-            " late INTEGER, PRIMARY KEY (file, session))");
-    mInsertFile = prepare("INSERT INTO files" + placeholders(6));
-    mInsertSession = prepare("INSERT INTO sessions" + placeholders(8));
-
-    std::string frames = "CREATE TABLE frames (file INTEGER, session INTEGER, record INTEGER";
+SqliteSink::SqliteSink(const std::string& path, const FieldChoice& fields)
+      : mFields(fields), mDatabase(path) {
+    mDatabase.execute(databaseTables(fields));
+    mInsertFile = mDatabase.prepareInsert("files", 7);
+    mInsertSession = mDatabase.prepareInsert("sessions", 9);
     size_t columns = kFrameKeys;
-    for (const Item& item : kItems) {
-        if (item.array == nullptr) {
-            frames += std::string(", ") + item.column.name + typeOf(item.column.kind);
-            ++columns;
+    for (size_t i = 0; i < std::size(kItems); ++i) {
+        const ArrayField* array = kItems[i].array;
+        columns += array == nullptr && fields.wants(i) ? 1 : 0;
+        if (array != nullptr) {
+            mInsertElement.push_back(
+                    fields.wants(i) ? mDatabase.prepareInsert(array->name,
+                                                              kElementKeys + array->columnCount)
+                                    : nullptr);
         }
     }
-    execute(frames + ")");
-    mInsertFrame = prepare("INSERT INTO frames" + placeholders(columns));
-
-    for (const ArrayField* array : kArrays) {
-        std::string table = std::string("CREATE TABLE ") + array->name +
-                            " (file INTEGER, session INTEGER, record INTEGER,"
-                            " frameNumber INTEGER, element INTEGER";
-        for (const Column& column : *array) {
-            table += std::string(", ") + column.name + typeOf(column.kind);
-        }
-        execute(table + ")");
-        mInsertElement.push_back(prepare(std::string("INSERT INTO ") + array->name +
-                                         placeholders(kElementKeys + array->columnCount)));
-    }
+    mInsertFrame = mDatabase.prepareInsert("frames", columns);
 }
 
-void SqliteSink::beginFile(const DumpFile& file) {
-    mFile = file;
-}
-
-void SqliteSink::bindRecord(sqlite3_stmt* insert, const Record& record) const {
-    sqlite3_clear_bindings(insert);
+void SqliteSink::bindKeys(sqlite3_stmt* insert, const Record& record) const {
     sqlite3_bind_int64(insert, 1, mFile.number);
     sqlite3_bind_int64(insert, 2, record.session);
-    sqlite3_bind_int64(insert, 3, static_cast<int64_t>(record.index));
+    bindNumber(insert, 3, record.index);
 }
 
 void SqliteSink::add(const Record& record) {
-    if (mHasFailed) {
+    if (mDatabase.hasFailed()) {
         return;
     }
-    bindRecord(mInsertFrame.get(), record);
+    bindKeys(mInsertFrame.get(), record);
     int index = kFrameKeys;
-    for (const Item& item : kItems) {
+    size_t arrays = 0;
+    for (size_t i = 0; i < std::size(kItems); ++i) {
+        const Item& item = kItems[i];
         if (item.array != nullptr) {
+            sqlite3_stmt* const insertElement = mInsertElement[arrays++].get();
+            if (insertElement != nullptr) {
+                addElements(*item.array, insertElement, record);
+            }
+            continue;
+        }
+        if (!mFields.wants(i)) {
             continue;
         }
         ++index;
@@ -178,107 +91,77 @@ void SqliteSink::add(const Record& record) {
             bindColumn(mInsertFrame.get(), index, item.column, record.bytes + item.column.offset);
         }
     }
-    insert(mInsertFrame.get());
-    const auto frame = record.read<uint32_t>(offsetof(Layout, frameNumber));
-    for (size_t i = 0; i < std::size(kArrays); ++i) {
-        addElements(*kArrays[i], mInsertElement[i].get(), record, frame);
-    }
+    mDatabase.insert(mInsertFrame.get());
 }
 
-void SqliteSink::addElements(const ArrayField& array, sqlite3_stmt* insertElement,
-                             const Record& record, uint32_t frame) {
+void SqliteSink::addElements(const ArrayField& array, sqlite3_stmt* insert, const Record& record) {
     const size_t count = record.elements(array);
     for (size_t i = 0; i < count; ++i) {
-        const uint8_t* at = record.bytes + array.offset + i * array.elementSize;
-        bindRecord(insertElement, record);
-        sqlite3_bind_int64(insertElement, 4, frame);
-        sqlite3_bind_int64(insertElement, 5, static_cast<int64_t>(i));
-        int index = kElementKeys;
-        for (const Column& column : array) {
-            bindColumn(insertElement, ++index, column, at + column.offset);
+        const uint8_t columns = mFields.columnsOf(array, i);
+        if (columns == 0) {
+            continue;
         }
-        insert(insertElement);
+        const uint8_t* at = record.bytes + array.offset + i * array.elementSize;
+        bindKeys(insert, record);
+        if (!record.isMisnumbered) {
+            sqlite3_bind_int64(insert, 4, record.frame());
+        }
+        bindNumber(insert, 5, i);
+        for (int column = 0; column < array.columnCount; ++column) {
+            if ((columns >> column & 1) != 0) {
+                const Column& each = array.columns[column];
+                bindColumn(insert, kElementKeys + 1 + column, each, at + each.offset);
+            }
+        }
+        mDatabase.insert(insert);
     }
 }
 
 void SqliteSink::endSession(const SessionSummary& session) {
-    if (mHasFailed) {
+    if (mDatabase.hasFailed()) {
         return;
     }
     sqlite3_stmt* statement = mInsertSession.get();
-    sqlite3_clear_bindings(statement);
-    const uint64_t values[] = {mFile.number, session.number,  session.records,  session.first,
-                               session.last, session.missing, session.repeated, session.late};
+    const uint64_t values[] = {mFile.number,     session.number, session.records,
+                               session.first,    session.last,   session.missing,
+                               session.repeated, session.late,   session.misnumbered};
     int index = 0;
     for (const uint64_t value : values) {
-        sqlite3_bind_int64(statement, ++index, static_cast<int64_t>(value));
+        bindNumber(statement, ++index, value);
     }
     if (session.numbered == 0) {
         sqlite3_bind_null(statement, 4);
         sqlite3_bind_null(statement, 5);
     }
-    insert(statement);
+    mDatabase.insert(statement);
 }
 
-void SqliteSink::endFile(uint64_t records, const DamageLog& damage) {
-    if (mHasFailed) {
+void SqliteSink::endFile(const DumpEnd& end) {
+    if (mDatabase.hasFailed()) {
         return;
     }
     sqlite3_stmt* statement = mInsertFile.get();
-    sqlite3_clear_bindings(statement);
-    sqlite3_bind_int64(statement, 1, mFile.number);
+    bindNumber(statement, 1, mFile.number);
     bindText(statement, 2, mFile.path);
     bindText(statement, 3, nameOf(mFile.kind));
-    if (mFile.lostFrame) {
-        sqlite3_bind_int64(statement, 4, *mFile.lostFrame);
+    if (!mFile.time.empty()) {
+        bindText(statement, 4, mFile.time);
     }
-    sqlite3_bind_int64(statement, 5, static_cast<int64_t>(records));
-    sqlite3_bind_int64(statement, 6, damage.any() ? 1 : 0);
-    insert(statement);
+    if (end.losses.announced()) {
+        bindNumber(statement, 5, *end.losses.announced());
+    }
+    bindNumber(statement, 6, end.records);
+    bindNumber(statement, 7, end.damage.any() ? 1 : 0);
+    mDatabase.insert(statement);
 }
 
 bool SqliteSink::finish() {
-    execute("CREATE INDEX framesByNumber ON frames (file, session, frameNumber)");
-    for (const ArrayField* array : kArrays) {
-        execute(std::string("CREATE INDEX ") + array->name + "ByNumber ON " + array->name +
-                " (file, session, frameNumber)");
-    }
-    execute("COMMIT");
-    if (!mHasFailed && std::rename(mUnfinishedPath.c_str(), mPath.c_str()) != 0) {
-        mHasFailed = true;
-        std::fprintf(stderr, "vdrdump: %s: expected to write it: %s\n", mPath.c_str(),
-                     std::strerror(errno));
-    }
-    return !mHasFailed;
-}
-
-void SqliteSink::execute(const std::string& sql) {
-    if (!mHasFailed &&
-        sqlite3_exec(mDatabase, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-        fail();
-    }
-}
-
-SqliteSink::Statement SqliteSink::prepare(const std::string& sql) {
-    sqlite3_stmt* statement = nullptr;
-    if (!mHasFailed &&
-        sqlite3_prepare_v2(mDatabase, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
-        fail();
-    }
-    return Statement(statement);
-}
-
-void SqliteSink::insert(sqlite3_stmt* statement) {
-    if (!mHasFailed && sqlite3_step(statement) != SQLITE_DONE) {
-        fail();
-    }
-    sqlite3_reset(statement);
-}
-
-void SqliteSink::fail() {
-    mHasFailed = true;
-    std::fprintf(stderr, "vdrdump: %s: expected to write it: %s\n", mPath.c_str(),
-                 sqlite3_errmsg(mDatabase));
+    mInsertFile.reset();
+    mInsertSession.reset();
+    mInsertFrame.reset();
+    mInsertElement.clear();
+    mDatabase.execute(databaseViews(mFields));
+    return mDatabase.finish();
 }
 
 }  // namespace vdrdump

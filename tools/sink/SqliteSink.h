@@ -1,56 +1,38 @@
 #pragma once
 
-#include <sqlite3.h>
-
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "tools/record/FieldChoice.h"
+#include "tools/sink/Database.h"
 #include "tools/sink/RecordSink.h"
 
 namespace vdrdump {
 
-// Writes a database: `files`, `losses` (a view of the files of lost frames), `frames`, and one
-// table per array. It is built beside its place and moved there when complete, so that a run that
-// is broken off leaves an earlier database alone.
+// Writes a database: `files`, `sessions`, `frames`, `gaps`, one table per array, and views that
+// answer for losses and times. Of an array in part, what was not chosen is null.
 class SqliteSink : public RecordSink {
 public:
-    explicit SqliteSink(const std::string& path);
-    ~SqliteSink() override;
-    SqliteSink(const SqliteSink&) = delete;
-    SqliteSink& operator=(const SqliteSink&) = delete;
+    SqliteSink(const std::string& path, const FieldChoice& fields);
 
-    void beginFile(const DumpFile& file) override;
+    void beginFile(const DumpFile& file) override { mFile = file; }
     void add(const Record& record) override;
     void endSession(const SessionSummary& session) override;
-    void endFile(uint64_t records, const DamageLog& damage) override;
+    void endFile(const DumpEnd& end) override;
     bool finish() override;
-    bool isDone() const override { return mHasFailed; }
+    bool isDone() const override { return mDatabase.hasFailed(); }
 
 private:
-    struct Finalize {
-        void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-    };
-    using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+    void addElements(const ArrayField& array, sqlite3_stmt* insert, const Record& record);
+    void bindKeys(sqlite3_stmt* insert, const Record& record) const;
 
-    void createTables();
-    void addElements(const ArrayField& array, sqlite3_stmt* insert, const Record& record,
-                     uint32_t frame);
-    void bindRecord(sqlite3_stmt* insert, const Record& record) const;
-    void execute(const std::string& sql);
-    Statement prepare(const std::string& sql);
-    void insert(sqlite3_stmt* statement);
-    void fail();
-
-    const std::string mPath;
-    const std::string mUnfinishedPath;
-    sqlite3* mDatabase = nullptr;
-    Statement mInsertFile;
-    Statement mInsertSession;
-    Statement mInsertFrame;
-    std::vector<Statement> mInsertElement;  // one per array
+    const FieldChoice mFields;
     DumpFile mFile;
-    bool mHasFailed = false;
+    Database mDatabase;
+    Database::Statement mInsertFile;
+    Database::Statement mInsertSession;
+    Database::Statement mInsertFrame;
+    std::vector<Database::Statement> mInsertElement;  // one per array, null for one not wanted
 };
 
 }  // namespace vdrdump

@@ -51,7 +51,7 @@ bool isRefused(uint64_t lossTimeStamp) {
 // every record goes into a binary file is decided by its environment.
 int main(int argc, char** argv) {
     if (argc != 2) {
-        std::fputs("usage: outside FOLDER\n", stderr);
+        std::fputs("usage: hostClient FOLDER\n", stderr);
         return 2;
     }
     namespace fs = std::filesystem;

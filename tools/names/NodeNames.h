@@ -1,0 +1,34 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace vdrdump {
+
+using NodeIds = std::array<uint32_t, 3>;  // they name a node, the same in every frame
+
+// "2/202/0".
+std::string idsText(const NodeIds& ids);
+
+// What a user calls the nodes, from a file with a line per node: its three ids, decimal or with 0x
+// in front, and the name, which is the rest of the line. Slashes, commas or blanks stand between;
+// empty lines, and those that begin with '#', are passed over.
+//
+//   2/202/0  plug-in algorithms
+class NodeNames {
+public:
+    NodeNames() = default;
+    // Throws std::runtime_error, which says what was expected and where.
+    static NodeNames fromFile(const std::string& path);
+    static NodeNames fromText(const std::string& file, const std::string& text);
+
+    // "plug-in algorithms (2/202/0)", or the ids alone where there is no name.
+    std::string nameOf(const NodeIds& ids) const;
+
+private:
+    std::map<NodeIds, std::string> mNames;
+};
+
+}  // namespace vdrdump
