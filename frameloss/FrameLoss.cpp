@@ -69,40 +69,38 @@ void FrameLoss::frameDropped(uint64_t timeStamp, uint64_t frameNumber) {
 
 void FrameLoss::frameLostProcess(const frameData* frame) {
     if (std::optional<FrameLossHistory::Dump> dump = mHistory.frameLostProcess(frame)) {
-        enqueueFile(std::move(*dump), mCompletions.requestFile());
+        enqueueFile(std::move(*dump));
     }
 }
 
 void FrameLoss::stop() {
-    FrameLossHistory::Stop stop = mHistory.stop();
-    if (stop.dump.has_value()) {
-        // Nobody waits for this file: whoever waits for the loss has been told without it.
-        enqueueFile(std::move(*stop.dump), {stop.lostTimeStamp, false});
+    if (std::optional<FrameLossHistory::Dump> dump = mHistory.stop()) {
+        enqueueFile(std::move(*dump));
     }
 }
 
-void FrameLoss::enqueueFile(FrameLossHistory::Dump dump, LossCompletions::File file) {
+void FrameLoss::enqueueFile(FrameLossHistory::Dump dump) {
     if (mWaitingFiles.fetch_add(1) >= kMostWaitingFiles) {
         --mWaitingFiles;
-        const FrameLostTxtFile unwritten(file.lostTimeStamp, dump.lostFrame);
+        const FrameLostTxtFile unwritten(dump.file.lostTimeStamp, dump.lostFrame);
         unwritten.logOpenFailure();
-        mCompletions.abandonFile(file, unwritten.path());
+        mCompletions.abandonFile(dump.file, unwritten.path());
         mHistory.giveBack(std::move(dump.frames));
         return;
     }
     auto shared = std::make_shared<FrameLossHistory::Dump>(std::move(dump));
-    platform::enqueue([self = shared_from_this(), shared, file] {
+    platform::enqueue([self = shared_from_this(), shared] {
         --self->mWaitingFiles;
-        self->writeFile(*shared, file);
+        self->writeFile(*shared);
     });
 }
 
-void FrameLoss::writeFile(FrameLossHistory::Dump& dump, const LossCompletions::File& file) {
-    const FrameLostTxtFile txtFile(file.lostTimeStamp, dump.lostFrame);
+void FrameLoss::writeFile(FrameLossHistory::Dump& dump) {
+    const FrameLostTxtFile txtFile(dump.file.lostTimeStamp, dump.lostFrame);
     if (txtFile.writeTxtForPreviewFrameLost(mVdrLevel, dump.frames, mLimit)) {
-        mCompletions.finishFile(file, txtFile.path());
+        mCompletions.finishFile(dump.file, txtFile.path());
     } else {
-        mCompletions.abandonFile(file, txtFile.path());
+        mCompletions.abandonFile(dump.file, txtFile.path());
     }
     mHistory.giveBack(std::move(dump.frames));
 }

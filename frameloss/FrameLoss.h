@@ -48,8 +48,8 @@ private:
 
     void frameDropped(uint64_t timeStamp, uint64_t frameNumber);
     // Enqueues the writer of one file and returns at once.
-    void enqueueFile(FrameLossHistory::Dump dump, LossCompletions::File file);
-    void writeFile(FrameLossHistory::Dump& dump, const LossCompletions::File& file);
+    void enqueueFile(FrameLossHistory::Dump dump);
+    void writeFile(FrameLossHistory::Dump& dump);
 
     const int32_t mVdrLevel;
     FrameLossLimit mLimit;

@@ -29,7 +29,8 @@ void FrameLossHistory::reserve() {
 void FrameLossHistory::giveBack(RingQueue<frameData> frames) {
     frames.reset();
     const SpinLockGuard guard(mFrameLostLock);
-    if (mNextDataQueue.capacity() < frames.capacity()) {
+    // A history without memory: the session is over, or memory was refused and will be sought anew.
+    if (mFrameLostDataQueue.capacity() > 0 && mNextDataQueue.capacity() < frames.capacity()) {
         std::swap(mNextDataQueue, frames);
     }
 }
@@ -58,13 +59,24 @@ std::optional<FrameLossHistory::Dump> FrameLossHistory::frameLostProcess(const f
         VDR_LOGE("VDR::frameLostProcess, currentDoneFrame is 0!");
         return std::nullopt;
     }
-    Step step = keep(*frame, current);
+    Step step;
+    {
+        const SpinLockGuard guard(mFrameLostLock);
+        step = keep(*frame, current);
+        if (step.dump.has_value()) {
+            // Before anybody stops the recorder, who would find a loss without a file under way
+            // and complete it, or announces another one, which would get this file.
+            step.dump->file = mCompletions.expectFile();
+        }
+    }
     tell(step, current);
+    if (step.dump.has_value()) {
+        mCompletions.requestFile(step.dump->file);
+    }
     return std::move(step.dump);
 }
 
 FrameLossHistory::Step FrameLossHistory::keep(const frameData& frame, uint32_t current) {
-    const SpinLockGuard guard(mFrameLostLock);
     if (!mFrameLostDataQueue.reserve(kRoom)) {
         Step step;
         step.isOutOfMemory = true;
@@ -124,7 +136,7 @@ void FrameLossHistory::handOver(Step& step, size_t keptFrames) {
         mFrameLostDataQueue.append(frames, frames.size() - keptFrames, keptFrames);
         frames.dropNewest(keptFrames);
     }
-    step.dump = Dump{step.front, std::move(frames)};
+    step.dump = Dump{step.front, std::move(frames), {}};
 }
 
 void FrameLossHistory::tell(const Step& step, uint32_t current) {
@@ -159,21 +171,24 @@ void FrameLossHistory::tell(const Step& step, uint32_t current) {
     }
 }
 
-FrameLossHistory::Stop FrameLossHistory::stop() {
+std::optional<FrameLossHistory::Dump> FrameLossHistory::stop() {
     const SpinLockGuard guard(mFrameLostLock);
-    Stop stop;
+    std::optional<Dump> dump;
     RingQueue<frameData> frames = std::move(mFrameLostDataQueue);
     if (!mFrameLostNumQueue.empty() && !mFrameLostExceedFlag && frames.size() <= kLongestHistory) {
         const uint32_t front = mFrameLostNumQueue.front();
         VDR_LOG_AS("dumpDataToFrameLostTxtFile", kLogInfo,
                    "VDR::dumpDataToFrameLostTxtFile, flush now, still write a txt, front=%u!",
                    front);
-        stop.dump = Dump{front, std::move(frames)};
+        dump = Dump{front, std::move(frames), {}};
     }
     mNextDataQueue.clear();
     mFrameLostNumQueue = std::deque<uint32_t>();
-    stop.lostTimeStamp = mCompletions.stop();
-    return stop;
+    const uint64_t latestLoss = mCompletions.stop();
+    if (dump.has_value()) {
+        dump->file = {latestLoss, false};
+    }
+    return dump;
 }
 
 }  // namespace zk

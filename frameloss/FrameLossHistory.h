@@ -23,10 +23,11 @@ namespace zk {
 // one copy of 4096 bytes; a dump costs the copies of the 30 frames that stay.
 class FrameLossHistory {
 public:
-    // The frames of one text file.
+    // One text file: its frames, and the loss that it is written for.
     struct Dump {
         uint32_t lostFrame;
         RingQueue<frameData> frames;
+        LossCompletions::File file;
     };
 
     // `completions` must outlive this.
@@ -35,7 +36,7 @@ public:
     // Memory for the longest history and for the one that follows it when it is handed over, so
     // that no frame of the session waits for it. Without it the memory comes with the frames.
     void reserve();
-    // The memory of a dump that is written, for the next one.
+    // The memory of a dump that is written, for the session's next one.
     void giveBack(RingQueue<frameData> frames);
 
     // One done frame, in order of completion: the dump that it completes, if any. `frame` may be
@@ -47,12 +48,9 @@ public:
     // It was announced before: queued again unless it is the last one queued.
     void announceAgain(uint64_t frameNumber);
 
-    struct Stop {
-        std::optional<Dump> dump;  // of a loss that was still pending
-        uint64_t lostTimeStamp;    // of the latest loss
-    };
     // Forgets all frames and losses, and completes the losses or leaves that to their last files.
-    Stop stop();
+    // Returns the dump of a loss that was still pending, for which nobody waits.
+    std::optional<Dump> stop();
 
     // Whether a history overflowed since the last reset: no loss is recorded any more.
     bool isExceeded() const { return mFrameLostExceedFlag; }
@@ -67,7 +65,7 @@ private:
         bool isOutOfMemory = false;
         std::optional<Dump> dump;
     };
-    Step keep(const frameData& frame, uint32_t current);
+    Step keep(const frameData& frame, uint32_t current) VDR_REQUIRES(mFrameLostLock);
     Step stepOfPendingLoss(uint32_t current) VDR_REQUIRES(mFrameLostLock);
     // Hands the history over and keeps copies of its newest frames, so many.
     void handOver(Step& step, size_t keptFrames) VDR_REQUIRES(mFrameLostLock);

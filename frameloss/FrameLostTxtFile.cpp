@@ -76,7 +76,9 @@ void FrameLostTxtFile::writeLines(int32_t vdrLevel, RingQueue<frameData>& frames
 }
 
 void FrameLostTxtFile::logOpenFailure() const {
-    VDR_LOG_WRITER(kLogError, "%s open fail!", mPath);
+    if (mPath[0] != '\0') {
+        VDR_LOG_WRITER(kLogError, "%s open fail!", mPath);
+    }
 }
 
 void FrameLostTxtFile::logWriteFailure(int result) const {

@@ -21,7 +21,7 @@ public:
     // written, and counts it. False where the file could not be opened: nothing is taken then.
     bool writeTxtForPreviewFrameLost(int32_t vdrLevel, RingQueue<frameData>& frames,
                                      FrameLossLimit& limit) const;
-    // Tells that the file could not be opened.
+    // Tells that the file could not be opened; nothing about one without a name.
     void logOpenFailure() const;
 
     // Empty where the time stamp is no time.

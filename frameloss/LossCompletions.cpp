@@ -18,16 +18,26 @@ void LossCompletions::add(uint64_t timeStamp, Promise promise) {
     mPmInfoMap.try_emplace(timeStamp, PmInfoForFrameLost{std::move(promise)});
 }
 
-LossCompletions::File LossCompletions::requestFile() {
+LossCompletions::File LossCompletions::expectFile() {
     const SpinLockGuard guard(mPmInfoLock);
     const auto loss = mPmInfoMap.find(mLostTimeStamp);
     if (loss == mPmInfoMap.end()) {
         return {mLostTimeStamp, false};
     }
     ++loss->second.underWay;
-    ++loss->second.count;
-    VDR_LOG_AS(kDump, kLogInfo, "VDR::dumpDataToFrameLostTxtFile, count:%d!", loss->second.count);
     return {mLostTimeStamp, true};
+}
+
+void LossCompletions::requestFile(const File& file) {
+    if (!file.isCounted) {
+        return;
+    }
+    const SpinLockGuard guard(mPmInfoLock);
+    if (const auto loss = mPmInfoMap.find(file.lostTimeStamp); loss != mPmInfoMap.end()) {
+        ++loss->second.count;
+        VDR_LOG_AS(kDump, kLogInfo, "VDR::dumpDataToFrameLostTxtFile, count:%d!",
+                   loss->second.count);
+    }
 }
 
 void LossCompletions::finishFile(const File& file, const char* path) {

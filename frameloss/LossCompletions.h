@@ -28,8 +28,11 @@ public:
         uint64_t lostTimeStamp;  // of the latest loss: names the file
         bool isCounted;          // false where nobody waits for it
     };
-    // One more file is under way for the latest loss.
-    File requestFile();
+    // A file of the latest loss will be under way: from now on a stop waits for it. Says nothing,
+    // since whoever decides on a file holds a lock that camera threads wait for.
+    File expectFile();
+    // The same file is requested: counts it, and says so.
+    void requestFile(const File& file);
     // The file is closed. After the stop the last one completes the loss. `path` is told.
     void finishFile(const File& file, const char* path);
     // The file could not be opened: the loss's count stays raised, but nobody waits for it.

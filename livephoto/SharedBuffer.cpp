@@ -21,11 +21,12 @@ bool isRegular(int fd) {
     return fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// In append mode pwrite goes to the end whatever its offset, and the mode belongs to whoever else
-// has the descriptor: the file is opened again. Negative where that is refused.
+// In append mode pwrite goes to the end whatever its offset, in direct mode it refuses records that
+// do not lie on the disk's blocks; and the mode belongs to whoever else has the descriptor: the
+// file is opened again. Negative where that is refused.
 int openForWriting(int fd) {
     const int flags = fcntl(fd, F_GETFL);
-    if (flags < 0 || (flags & O_APPEND) == 0) {
+    if (flags < 0 || (flags & (O_APPEND | O_DIRECT)) == 0) {
         return fd;
     }
     const std::string path = "/proc/self/fd/" + std::to_string(fd);
@@ -78,15 +79,15 @@ bool SharedBuffer::holds(size_t bytes) const {
                           bytes <= toEndOfPage(objectSize()));
 }
 
-// Some kinds of device buffer tell their size by seeking only.
+// Some kinds of device buffer tell their size by seeking only, and some of those not where they
+// are: they have no position but their beginning.
 size_t SharedBuffer::objectSize() const {
     struct stat status {};
     off_t size = fstat(mFd, &status) == 0 ? status.st_size : 0;
     if (size == 0 && !mIsFile) {
-        if (const off_t position = lseek(mFd, 0, SEEK_CUR); position >= 0) {
-            size = lseek(mFd, 0, SEEK_END);
-            lseek(mFd, position, SEEK_SET);
-        }
+        const off_t position = lseek(mFd, 0, SEEK_CUR);
+        size = lseek(mFd, 0, SEEK_END);
+        lseek(mFd, std::max<off_t>(position, 0), SEEK_SET);
     }
     return size > 0 ? static_cast<size_t>(size) : 0;
 }

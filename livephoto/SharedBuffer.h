@@ -64,7 +64,7 @@ private:
     const uint32_t mSize;
     void* const mAddress;
     const bool mIsFile;
-    const int mWriteFd;  // of a file: mFd, or one that does not append
+    const int mWriteFd;  // of a file: mFd, or one that takes any bytes at any place
 };
 
 }  // namespace zk

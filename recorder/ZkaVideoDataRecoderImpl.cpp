@@ -63,7 +63,6 @@ ZkaVideoDataRecoderImpl::~ZkaVideoDataRecoderImpl() {
 void ZkaVideoDataRecoderImpl::processEnds() {
     mSystemStatus.tellToStop();
     VDR_LOG_AS("~ZkaVideoDataRecoderImpl", kLogInfo, "VDR::deconstruct ZkaVideoDataRecoderImpl!");
-    mSystemStatus.tellToStop();
 }
 
 void ZkaVideoDataRecoderImpl::SubscribeEvent(const std::vector<uint32_t>& eventIds) {

@@ -1,8 +1,9 @@
 #include "sysstatus/SystemStatus.h"
 
-#include <locale.h>
 #include <pthread.h>
+#include <clocale>
 
+#include <clocale>
 #include <csignal>
 
 #include "platform/BoundedMemory.h"

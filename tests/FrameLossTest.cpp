@@ -80,7 +80,32 @@ TEST_F(FrameLossTest, StopAfterAnOverflow_WritesNoFurtherFile) {
     }
     EXPECT_TRUE(history.frameLostProcess(&frame).has_value());
     history.announce(206, 2, nullptr);
-    EXPECT_FALSE(history.stop().dump.has_value());
+    EXPECT_FALSE(history.stop().has_value());
+}
+
+// Another thread stops the recorder, or announces the next loss, just behind the frame that
+// completes a dump.
+TEST_F(FrameLossTest, StopBehindTheFrameThatCompletesADump_WaitsForItsFile) {
+    LossCompletions completions;
+    FrameLossHistory history(completions);
+    const auto promise = std::make_shared<SyncManager::Promise>();
+    const auto settled = promise->get_future();
+    const auto isSettled = [&settled] {
+        return settled.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    };
+    history.announce(41, 1, promise);
+    std::optional<FrameLossHistory::Dump> dump;
+    frameData frame{};
+    for (frame.bytes[0] = 11; !dump.has_value() && frame.bytes[0] <= 71; ++frame.bytes[0]) {
+        dump = history.frameLostProcess(&frame);
+    }
+    ASSERT_TRUE(dump.has_value());
+    history.announce(72, 2, nullptr);
+    history.stop();
+    EXPECT_FALSE(isSettled()) << "told before its file is written";
+    EXPECT_EQ(dump->file.lostTimeStamp, 1U);
+    completions.finishFile(dump->file, "");
+    EXPECT_TRUE(isSettled());
 }
 
 }  // namespace

@@ -1,4 +1,8 @@
+#include <sched.h>
+#include <sys/mount.h>
+
 #include "platform/host/FileControl.h"
+#include "platform/host/ThreadPoolControl.h"
 #include "tests/faults/WholeSessionTest.h"
 
 namespace zk::test {
@@ -74,6 +78,29 @@ TEST_F(FileFaultsTest, CallThatFails_CostsWhatHungOnItAndIsTold) {
           std::string("VDR::writeTxtForPreviewFrameLost, chmod")}) {
         EXPECT_NE(told.find(error), std::string::npos) << error;
     }
+}
+
+// A real one of four pages, below both folders, seen by this thread alone.
+TEST_F(FileFaultsTest, FullSmallDisk_CostsTheContentsAndIsTold) {
+    const std::string disk = onHost("/data/vendor");
+    if (unshare(CLONE_NEWNS) != 0 || mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("vdr", disk.c_str(), "tmpfs", 0, "size=16k") != 0) {
+        GTEST_SKIP() << "only root may mount one";
+    }
+    host::runTasksInline(true);
+    freshDevice();
+    Outcome onFullDisk = playSession();
+    EXPECT_EQ(umount2(disk.c_str(), MNT_DETACH), 0);
+    const std::string errors = onFullDisk["errors"];
+    EXPECT_NE(errors.find(mBinError + " write fail, ret="), std::string::npos) << errors;
+    EXPECT_NE(errors.find(mTextError + " write fail, ret="), std::string::npos) << errors;
+    EXPECT_EQ(onFullDisk["bin"], mWhole["bin"].substr(0, 4 * kFrameRecordSize));
+    for (const char* hurt : {"errors", "bin", "text"}) {
+        onFullDisk[hurt] = mWhole[hurt];
+    }
+    expectSame(onFullDisk, mWhole);
+    announceLoss(200, 1);
+    EXPECT_EQ(countLogged("recordCount=15, "), 1U) << "lost lines count as well";
 }
 
 }  // namespace

@@ -1,17 +1,22 @@
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <functional>
 
+#include "livephoto/SharedBuffer.h"
 #include "tests/RecorderTest.h"
 
-// Every write of a record into a shared file comes by here and can be answered otherwise.
+// Every write of a record into a shared file, and every look at a position, comes by here and can
+// be answered otherwise.
 
 namespace {
 
 using Write = std::function<ssize_t(int fd, const void* data, size_t size, off_t offset)>;
 Write writeOtherwise;
+bool isPositionless = false;                // as some drivers' buffers
+constexpr off_t kPositionless = 64 * 1024;  // their size, in bytes
 
 }  // namespace
 
@@ -19,6 +24,14 @@ extern "C" {
 ssize_t __real_pwrite(int fd, const void* data, size_t size, off_t offset);
 ssize_t __wrap_pwrite(int fd, const void* data, size_t size, off_t offset) {
     return (writeOtherwise ? writeOtherwise : __real_pwrite)(fd, data, size, offset);
+}
+off_t __real_lseek(int fd, off_t offset, int whence);
+off_t __wrap_lseek(int fd, off_t offset, int whence) {
+    if (!isPositionless) {
+        return __real_lseek(fd, offset, whence);
+    }
+    errno = EINVAL;
+    return whence == SEEK_END ? kPositionless : whence == SEEK_SET && offset == 0 ? 0 : -1;
 }
 }
 
@@ -74,6 +87,23 @@ TEST_F(SharedBufferFaultsTest, WriteThatIsCutOrFails_IsContinuedOrAnswersStateZe
                 << row.name;
         close(fd);
     }
+}
+
+// A driver's buffer that tells its size, but no position: stored through the mapping, of which
+// /dev/zero gives one.
+TEST_F(SharedBufferFaultsTest, BufferWithoutPosition_HoldsWhatItsEndTells) {
+    const int fd = open("/dev/zero", O_RDWR | O_CLOEXEC);
+    isPositionless = true;
+    SharedBuffer buffer(fd, 2 * kPositionless);
+    EXPECT_TRUE(buffer.holds(kPositionless));
+    EXPECT_FALSE(buffer.holds(kPositionless + 1));
+    isPositionless = false;
+    frameData record{};
+    record.bytes[7] = 7;
+    EXPECT_TRUE(buffer.write(0, record.bytes, kFrameRecordSize));
+    EXPECT_EQ(static_cast<const uint8_t*>(buffer.address())[7], 7);
+    EXPECT_EQ(buffer.unmap(), 0);
+    close(fd);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "platform/host/MonitoringService.h"
 #include "platform/host/PropertyControl.h"
 #include "recorder/IVideoDataRecoder.h"
+#include "records/FieldTags.h"
 #include "sysstatus/SysStatusCollection.h"
 
 namespace {
@@ -28,8 +29,8 @@ std::atomic<uint32_t> sessions{0};
     const int fd = memfd_create("photo", MFD_CLOEXEC);
     for (uint32_t number = 11 + thread;; number += 4) {
         recorder->VDRProcessing(number);
-        recorder->writeMaintain(number, 0, &number);
-        for (uint32_t tag = 1; tag < 39; ++tag) {
+        recorder->writeMaintain(number, zk::tag::frameNumber, &number);
+        for (uint32_t tag = zk::tag::frameNumber + 1; tag < zk::tag::kCount; ++tag) {
             recorder->writeMaintain(number, tag, field);
         }
         recorder->CacheDataForLivePhoto(number);
