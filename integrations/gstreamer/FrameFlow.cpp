@@ -226,6 +226,7 @@ void FrameFlow::flushed(NodeIndex index) {
         return;
     }
     Node& node = *found;
+    mHasFailed = false;
     mScratch.clear();
     node.inside.findResting(mScratch);
     for (const uint32_t frame : mScratch) {
@@ -261,6 +262,7 @@ void FrameFlow::close() {
     mFirstNode += static_cast<NodeIndex>(mNodes.size());
     mNodes.clear();
     mFirst = kFirstFrame;
+    mHasFailed = false;
 }
 
 FrameFlow::Node* FrameFlow::nodeAt(NodeIndex node) {
@@ -285,11 +287,11 @@ size_t FrameFlow::passageOf(FrameTrace& trace, NodeIndex node) {
     return static_cast<size_t>(found - trace.passages.begin());
 }
 
-// A frame that failed is lost where it failed, not in all elements that pass the error on.
+// An error is passed on by all elements before, to this frame and to those that come behind it: the
+// first is the one that tells something.
 void FrameFlow::lose(NodeIndex node, uint32_t frame, LossKind kind, uint64_t now) {
-    FrameTrace& trace = *traceOf(frame);
-    if (kind != LossKind::kFailed || trace.losses.empty()) {
-        trace.losses.push_back({node, kind, now});
+    if (kind != LossKind::kFailed || !std::exchange(mHasFailed, true)) {
+        traceOf(frame)->losses.push_back({node, kind, now});
     }
 }
 

@@ -120,6 +120,8 @@ private:
     NodeIndex mFirstNode = 0;
     std::deque<std::unique_ptr<FrameTrace>> mTraces;  // of frames mFirst and on
     uint32_t mFirst = kFirstFrame;
+    bool mHasFailed =
+            false;  // an element has answered with an error, and nothing was flushed since
     std::vector<uint32_t> mScratch;
 };
 

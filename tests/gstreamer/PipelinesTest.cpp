@@ -134,7 +134,11 @@ TEST_F(PipelinesTest, Branches_AFrameIsThroughWhenEverySinkHasIt) {
 
 TEST_F(PipelinesTest, FlushAndSeek_WhatIsThrownAwayIsRecordedAndNoLoss) {
     {
-        TracedPipeline pipeline(SOURCE "! queue name=full ! identity ! fakesink name=sink");
+        // More buffers than the queue takes three times over.
+        TracedPipeline pipeline(
+                "videotestsrc num-buffers=200 ! "
+                "video/x-raw,width=64,height=48,framerate=30/1 ! "
+                "queue name=full ! identity ! fakesink name=sink");
         pipeline.setState(GST_STATE_PAUSED);
         ASSERT_TRUE(pipeline.seek(GST_SECOND));
         pipeline.setState(GST_STATE_PAUSED);
