@@ -6,11 +6,11 @@
 #include <string>
 
 #include "benchmarks/SampleFrame.h"
-#include "benchmarks/SteppedLine.h"
 #include "benchmarks/rows.h"
 #include "frameloss/FrameLostTxtFile.h"
 #include "platform/Files.h"
 #include "records/makeFrameContent.h"
+#include "testing/SteppedLine.h"
 
 namespace zk::bench {
 namespace {
@@ -26,7 +26,7 @@ Row line(const char* name, const char* baselineName, const vdr1::VDRData1& recor
         const frameData block = asBlock(record);
         char expected[kFrameRecordSize] = {};
         char text[kFrameRecordSize] = {};
-        const bool fits = formatSteppedLine(record, expected);
+        const bool fits = test::formatSteppedLine(record, expected);
         measure(state, [&](int64_t) {
             text[0] = '\0';
             makeFrameContent(1, block.bytes, text);
@@ -40,7 +40,7 @@ Row line(const char* name, const char* baselineName, const vdr1::VDRData1& recor
         char text[kFrameRecordSize] = {};
         measure(state, [&](int64_t) {
             text[0] = '\0';
-            formatSteppedLine(record, text);
+            test::formatSteppedLine(record, text);
             benchmark::DoNotOptimize(text);
         });
     };
@@ -61,7 +61,7 @@ Row dump(Device& device) {
             device.folder().string() + kLossFolder + "/VIDEO_DEBUG_20231114_221320_00001234.txt";
     std::string finished;
     char text[kFrameRecordSize] = {};
-    formatSteppedLine(typicalRecord(), text);
+    test::formatSteppedLine(typicalRecord(), text);
     for (uint32_t i = 0; i < kDumpedFrames; ++i) {
         finished += text;
     }

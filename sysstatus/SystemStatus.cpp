@@ -1,7 +1,6 @@
 #include "sysstatus/SystemStatus.h"
 
 #include <pthread.h>
-#include <clocale>
 
 #include <clocale>
 #include <csignal>

@@ -1,6 +1,6 @@
 #include "platform/host/ClockControl.h"
 #include "platform/host/PropertyControl.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {

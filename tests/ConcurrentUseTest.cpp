@@ -12,7 +12,7 @@
 #include "platform/host/MonitoringService.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
 #include "sysstatus/SysStatusCollection.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {

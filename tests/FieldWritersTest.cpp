@@ -1,34 +1,20 @@
-#include <cstddef>
 #include <cstring>
 #include <sstream>
 
 #include "records/VDRData1.h"
 #include "records/VDRData2.h"
-#include "tests/RecorderTest.h"
+#include "testing/FieldPlace.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {
-
-// By tag. Sizes in bytes, of one element for a list; a list's count is the byte before it.
-struct Field {
-    const char* name;
-    size_t offset;
-    size_t size;
-    size_t capacity;
-};
-#define VDR_SCALAR(field) \
-    {#field, offsetof(vdr1::VDRData1, field), sizeof(vdr1::VDRData1::field), 1},
-#define VDR_ARRAY(field, count)                                                 \
-    {#field, offsetof(vdr1::VDRData1, field), sizeof(vdr1::VDRData1::field[0]), \
-     sizeof(vdr1::VDRData1::field) / sizeof(vdr1::VDRData1::field[0])},
-constexpr Field kFields[] = {VDR1_FIELDS(VDR_SCALAR, VDR_ARRAY)};
 
 class FieldWritersTest : public RecorderTest, public testing::WithParamInterface<int> {
 protected:
     // Writes the tag's field, for a list the element behind `count` others where there is room,
     // and compares the whole record.
     void expectWritten(uint32_t tagId, size_t count) {
-        const auto& [name, offset, size, capacity] = kFields[tagId];
+        const auto& [name, offset, size, capacity] = kFieldPlaces[tagId];
         std::vector<uint8_t> source(size);  // ends where its memory does
         for (size_t i = 0; i < size; ++i) {
             source[i] = static_cast<uint8_t>(i + 101);
@@ -53,7 +39,7 @@ TEST_P(FieldWritersTest, Tag_ReachesItsFieldAndNothingElseChanges) {
     useLevel(GetParam());
     openSession(-1);
     for (uint32_t tagId = 0; tagId < tag::kCount; ++tagId) {
-        const size_t capacity = kFields[tagId].capacity;
+        const size_t capacity = kFieldPlaces[tagId].capacity;
         expectWritten(tagId, 0);
         if (capacity > 1) {
             for (const size_t count : {size_t{1}, capacity - 1, capacity, size_t{255}}) {

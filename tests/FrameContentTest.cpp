@@ -1,17 +1,20 @@
 #include <algorithm>
 #include <clocale>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <string>
 #include <utility>
 
+#include "records/FloatText.h"
 #include "records/VDRData1.h"
 #include "records/makeFrameContent.h"
-#include "tests/RecorderTest.h"
-#include "tests/ReferenceLine.h"
+#include "testing/RecorderTest.h"
+#include "testing/SteppedLine.h"
 
 namespace zk::test {
 namespace {
@@ -69,7 +72,7 @@ protected:
     // log with the reference. Returns whether the line fits.
     static bool rendersAsFormatted(const Record& record, const Destination& destination) {
         Destination expected = destination;
-        const bool fits = ReferenceLine::render(record.data(), expected.data());
+        const bool fits = appendSteppedLine(record.data(), expected.data());
         for (const int level : {1, 2}) {
             forgetLog();
             Destination actual = destination;
@@ -95,7 +98,7 @@ TEST_F(FrameContentTest, ArbitraryRecords_AreCutAtTheEndOfTheBuffer_WhereverThat
         power = power < UINT64_MAX / 10 ? power * 10 : 1;
         rendersAsFormatted(record, textOf(random() % (kFrameRecordSize + 1)));
         Destination line = textOf(0);
-        if (ReferenceLine::render(record.data(), line.data())) {
+        if (appendSteppedLine(record.data(), line.data())) {
             const size_t longest = kFrameRecordSize - 1 - std::strlen(line.data());
             EXPECT_TRUE(rendersAsFormatted(record, textOf(longest)));
             EXPECT_FALSE(rendersAsFormatted(record, textOf(longest + 1)));
@@ -112,7 +115,7 @@ TEST_F(FrameContentTest, Line_IsTheSameInEveryLocale) {
     for (uint32_t i = 0; i < 50; ++i) {
         records.push_back(randomRecord(random, 100));  // of floats, every fourth is a large one
         expected.push_back(textOf(0));
-        ReferenceLine::render(records.back().data(), expected.back().data());
+        appendSteppedLine(records.back().data(), expected.back().data());
     }
     for (const auto& [name, half] : {std::pair("de_DE", "0,5"), {"ps_AF", "0\u066B5"}}) {
         useNumbersOf(name);
@@ -127,6 +130,16 @@ TEST_F(FrameContentTest, Line_IsTheSameInEveryLocale) {
     }
 }
 
+// The longest column there is, where it ends with the buffer.
+TEST_F(FrameContentTest, LargestNumber_IsCutWhereverTheBufferEnds) {
+    constexpr float kLargest = -std::numeric_limits<float>::max();
+    Record record(kFrameRecordSize);
+    std::memcpy(&record[offsetof(vdr1::VDRData1, zoomRatio)], &kLargest, sizeof(kLargest));
+    for (size_t room = 1; room < 100; ++room) {
+        EXPECT_FALSE(rendersAsFormatted(record, textOf(kFrameRecordSize - room))) << room;
+    }
+}
+
 TEST_F(FrameContentTest, NothingToRender_IsLoggedAndAppendsNothing) {
     const Record record(kFrameRecordSize);
     Destination line = textOf(4);
@@ -134,8 +147,38 @@ TEST_F(FrameContentTest, NothingToRender_IsLoggedAndAppendsNothing) {
     makeFrameContent(1, nullptr, line.data());
     makeFrameContent(1, record.data(), nullptr);
     EXPECT_EQ(line, textOf(4));
-    EXPECT_EQ(countLogged("VDR level not match any!"), 1U);
-    EXPECT_EQ(countLogged("srcData/destData is nullptr!"), 2U);
+    const std::string prefix = " makeFrameContent<LINE>: VDR::makeFrameContent, ";
+    const std::string null = "E" + prefix + " srcData/destData is nullptr!";
+    EXPECT_EQ(transcript(""), (Lines{"I" + prefix + "VDR level not match any!", null, null}));
+}
+
+void expectAsPrinted(float value) {
+    char printed[kLongestFloatText + 2];
+    std::snprintf(printed, sizeof(printed), "%f", static_cast<double>(value));
+    std::string text(kLongestFloatText + 1, '#');
+    text.resize(static_cast<size_t>(formatFloat(text.data(), value) - text.data()));
+    ASSERT_EQ(text, printed);
+}
+
+// Every exponent and sign: zeros, the smallest and largest numbers, infinities and no numbers. And
+// odd multiples of 1/128, which alone lie exactly between two millionths, with their neighbours.
+TEST_F(FrameContentTest, AnyFloat_ReadsAsPrinted) {
+    std::mt19937 random(1);
+    for (uint32_t i = 0; i < 512 * 300 && !HasFatalFailure(); ++i) {
+        const uint32_t ends[] = {0x000000, 0x000001, 0x400000, 0x7FFFFF};
+        const uint32_t mantissa =
+                i < 4 * 512 ? ends[i / 512] : static_cast<uint32_t>(random()) & 0x7FFFFF;
+        const uint32_t bits = i << 23 | mantissa;
+        float value;
+        std::memcpy(&value, &bits, sizeof(value));
+        expectAsPrinted(value);
+    }
+    for (uint32_t i = 1; i < (1U << 24) && !HasFatalFailure(); i += i < 20000 ? 2 : 2222) {
+        const float tie = static_cast<float>(i) / 128;
+        for (const float value : {tie, std::nextafterf(tie, INFINITY), -std::nextafterf(tie, 0)}) {
+            expectAsPrinted(value);
+        }
+    }
 }
 
 }  // namespace

@@ -1,20 +1,21 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <deque>
-#include <map>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <random>
 #include <utility>
 
 #include "platform/host/ClockControl.h"
 #include "records/VDRData1.h"
 #include "sysstatus/SysStatusCollection.h"
-#include "tests/RecorderTest.h"
+#include "testing/CheckedRecorder.h"
+#include "testing/Sequence.h"
 
 namespace zk::test {
 namespace {
 
-constexpr size_t kBlocks = 80;
 constexpr size_t kZoomRatioAt = offsetof(vdr1::VDRData1, zoomRatio);
 constexpr size_t kVideoActionAt = offsetof(vdr1::VDRData1, videoAction);
 constexpr size_t kFirstStampAt = offsetof(vdr1::VDRData1, setGmeNcsDep);
@@ -27,16 +28,13 @@ std::vector<uint8_t> plainRecord(uint32_t number, uint64_t stamp, size_t which =
     return bytes;
 }
 
-using FrameFlowTest = RecorderTest;
+using FrameFlowTest = CheckedRecorder;
 
-// Against what the pools must hold, in the plainest containers: frame numbers and stamps.
 TEST_F(FrameFlowTest, CallsInAnyOrder_KeepEveryBlockInOnePool) {
     std::mt19937 generator(20231114);
     const auto random = [&generator](uint32_t below) {
         return static_cast<uint32_t>(generator() % below);
     };
-    std::map<uint32_t, uint32_t> processing;
-    std::deque<std::pair<uint32_t, uint32_t>> done;
     size_t fullest = 0;
     openSession(-1);
     for (uint32_t step = 0; step < 30000; ++step) {
@@ -46,40 +44,30 @@ TEST_F(FrameFlowTest, CallsInAnyOrder_KeepEveryBlockInOnePool) {
         const uint32_t number = random(2) == 0 ? k : k * 340573321U;
         const uint32_t act = random(2000);
         const uint32_t takes = step / 3000 % 2 == 0 ? 1500 : 500;  // filling, then draining
-        const auto found = processing.find(number);
         if (act == 0) {
-            closeSession();
-            processing.clear();
-            done.clear();
+            stop();
         } else if (act < takes) {
-            recorder().VDRProcessing(number);
-            if (found == processing.end() && processing.size() + done.size() < kBlocks) {
-                const uint64_t stamp = step;
+            const uint64_t takenBefore = mTaken;
+            take(number);
+            if (mTaken > takenBefore) {
                 recorder().writeMaintain(number, tag::frameNumber, &number);
-                recorder().writeMaintain(number, tag::setGmeNcsDep + step % 15, &stamp);
-                processing[number] = step;
+                recorder().writeMaintain(
+                        number, static_cast<uint32_t>(tag::setGmeNcsDep + mTaken % 15), &mTaken);
             }
         } else if (act < 1750) {
-            recorder().VDRDone(number);
-            if (found != processing.end()) {
-                done.emplace_back(*found);
-                processing.erase(found);
-            }
+            complete(number);
         } else {
-            recorder().VDRReport(number);
-            if (!done.empty()) {
-                done.pop_front();
-            }
+            report(number);
         }
-        if (processing.count(number) == 0) {
+        if (mProcessing.count(number) == 0) {
             recorder().writeMaintain(number, tag::zoomRatio, &number);  // must land nowhere
         }
-        fullest = std::max(fullest, processing.size());
-        const auto oldest =
-                done.empty() ? std::vector<uint8_t>()
-                             : plainRecord(done[0].first, done[0].second, done[0].second % 15);
-        ASSERT_EQ(doneCount(), done.size()) << "step " << step;
-        ASSERT_EQ(oldestDone(), oldest) << "step " << step;
+        fullest = std::max(fullest, mProcessing.size());
+        checkPools();
+        ASSERT_EQ(oldestDone(), mDone.empty() ? std::vector<uint8_t>()
+                                              : plainRecord(mDone[0].first, mDone[0].second,
+                                                            mDone[0].second % 15))
+                << "step " << step;
     }
     EXPECT_GT(fullest, 60U);  // or the walk has not shown much
     EXPECT_EQ(countLogged("E "), countLogged("currentDoneFrame is 0!"));
@@ -114,7 +102,7 @@ TEST_F(FrameFlowTest, BadCalls_AreToldInOneLineOrNotAtAllAndWriteNothing) {
     r.VDRDone(8);
     r.VDRReport(7);
     r.markUnWritable(7);
-    const uint32_t tags[] = {tag::frameNumber, tag::kCount + 1, tag::zoomRatio,
+    const uint32_t tags[] = {tag::frameNumber, tag::kCount, tag::zoomRatio,
                              tag::memoryAllocTimeoutInfo, tag::setGmeNcsDep};
     const uint64_t stamp = 0x1122334455667788;
     const void* const datas[] = {&kValue, &kValue, &kValue, nullptr, &stamp};
@@ -132,7 +120,7 @@ TEST_F(FrameFlowTest, BadCalls_AreToldInOneLineOrNotAtAllAndWriteNothing) {
                      "E getMP4Writable<LINE>: VDR::writable is nullptr!",
                      "E getVDRStatus<LINE>: VDR::getVDRStatus is nullptr!",
                      "E checkPreviewAndVideoStatus<LINE>: VDR::isPreviewOpen is nullptr!",
-                     several + "tagId is wrong, tagId=40, frameNumber=9!",
+                     several + "tagId is wrong, tagId=39, frameNumber=9!",
                      ("E () write_memoryAllocTimeoutInfo<LINE>: VDR::maintainData == nullptr || "
                       "data == nullptr!")}));
     r.VDRDone(7);
@@ -159,14 +147,17 @@ const Window kWindows[] = {{"no recording", {}, 5, false, false},
                            {"second start", {100, 50}, 99, false, false},
                            {"last frame", {100, -200}, 199, true, true},
                            {"frame that ends it", {100, -200}, 200, false, false},
+                           {"older frame, after the end", {100, -200}, 50, true, true},
                            {"end at zero", {100, 0}, 5, false, false},
                            {"the next forgets the last", {100, -200, 300}, 150, false, false}};
 
 TEST_F(FrameFlowTest, Recordings_DecideWhatBelongsToOne) {
     const auto belongs = [this](uint32_t number) {
-        frame(number).done();
         bool isMp4Writable = true;
         bool isToBeRecorded = true;
+        recorder().getMP4Writable(&isMp4Writable);
+        EXPECT_FALSE(isMp4Writable) << "no frame is done";
+        frame(number).done();
         recorder().getMP4Writable(&isMp4Writable);
         recorder().checkPreviewAndVideoStatus(number, &isToBeRecorded);
         recorder().VDRReport(0);
@@ -182,6 +173,7 @@ TEST_F(FrameFlowTest, Recordings_DecideWhatBelongsToOne) {
                 recorder().markUnWritable(static_cast<uint32_t>(-mark));
             }
         }
+        openSession(-1);  // changes nothing
         EXPECT_EQ(belongs(window.frameNumber),
                   std::make_pair(window.isMp4Writable, window.isToBeRecorded))
                 << window.name;
@@ -194,11 +186,17 @@ TEST_F(FrameFlowTest, Recordings_DecideWhatBelongsToOne) {
 }
 
 TEST_F(FrameFlowTest, Recordings_AreToldTimedTogetherAndMarkedInTheirFrames) {
-    openSession();
+    bool isStarted = false;
+    recorder().markWritable(50, isStarted);
+    openSession();  // the first, which knows of no start
+    recorder().markUnWritable(60);
+    SysStatusCollection status{};
+    recorder().GetSystemStatus(status);
+    EXPECT_EQ(uint32_t{status.videoRecordSeconds}, kNow / 1000000);
+    play("stop open");
     frame(100);
     frame(200);
     forgetLog();
-    bool isStarted = false;
     recorder().markWritable(100, isStarted);
     EXPECT_TRUE(isStarted);
     host::advanceWallClock(61999999);
@@ -208,7 +206,6 @@ TEST_F(FrameFlowTest, Recordings_AreToldTimedTogetherAndMarkedInTheirFrames) {
     recorder().markWritable(300, isStarted);
     host::advanceWallClock(-62000000);  // set back: the seconds wrap, and end one short of the sum
     recorder().markUnWritable(0);
-    SysStatusCollection status{};
     recorder().GetSystemStatus(status);
     EXPECT_EQ(uint32_t{status.videoRecordSeconds}, UINT32_MAX);
     const std::string started = "I markWritable<LINE>: VDR::markWritable, mFirstVideoFrameNum = ";
@@ -219,6 +216,29 @@ TEST_F(FrameFlowTest, Recordings_AreToldTimedTogetherAndMarkedInTheirFrames) {
         recorder().VDRDone(action * 100);
         EXPECT_EQ(oldestDone()[kVideoActionAt], action);
         recorder().VDRReport(0);
+    }
+}
+
+// The fuzzer's seeds, whole and beside the program, and what nobody has thought of.
+TEST(SequenceTest, AnyCallsWhereAnythingFails_KeepTheRecordersPromises) {
+    std::vector<std::vector<uint8_t>> inputs;
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    for (const auto& seed : std::filesystem::directory_iterator(folder / "fuzz/seeds/sequence")) {
+        std::ifstream file(seed.path(), std::ios::binary);
+        inputs.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+    EXPECT_GE(inputs.size(), 14U);
+    std::mt19937 random(20231114);
+    for (int i = 0; i < 100; ++i) {
+        inputs.emplace_back(100 + random() % 400);
+        for (uint8_t& byte : inputs.back()) {
+            byte = static_cast<uint8_t>(random());
+        }
+    }
+    for (const std::vector<uint8_t>& input : inputs) {
+        SCOPED_TRACE(&input - inputs.data());
+        Sequence(input.data(), input.size()).play();
+        ASSERT_FALSE(testing::Test::HasFailure());
     }
 }
 

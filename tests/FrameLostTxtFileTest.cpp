@@ -1,9 +1,13 @@
 #include <sys/stat.h>
 
+#include <atomic>
+#include <chrono>
+
+#include "platform/SyncManager.h"
 #include "platform/host/FileControl.h"
 #include "platform/host/ThreadPoolControl.h"
 #include "records/makeFrameContent.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {
@@ -44,17 +48,27 @@ TEST_F(FrameLostTxtFileTest, File_HoldsTheRenderedRecordsAndIsEverybodys) {
         recorder().VDRReport(0);
     }
     layFile(kPath, "what an earlier process left");
+    std::string calls;
+    host::setFileCallHandler([&](host::FileCall call) {
+        if (call != host::FileCall::kOpen) {  // the sampler's too
+            calls += "OWCM"[static_cast<int>(call)];
+        }
+    });
     const mode_t mask = umask(077);
     play("!41 42-71");
     EXPECT_EQ(files(kLossFolder)[kName], expected);
     umask(mask);
+    host::setFileCallHandler(nullptr);
+    EXPECT_EQ(calls, std::string(30, 'W') + "CM");
     EXPECT_EQ(std::filesystem::status(onHost(kPath)).permissions(), std::filesystem::perms::all);
 }
 
-TEST_F(FrameLostTxtFileTest, Name_IsTheAnnouncementsLocalTimeAndTheLostFrame) {
+TEST_F(FrameLostTxtFileTest, Name_IsTheLatestAnnouncementsLocalTimeAndTheFirstLostFrame) {
     setenv("TZ", "VDR+22:14", 1);
     tzset();
-    announceLoss(123456789, kNow + 39999999);
+    announceLoss(123456789, kNow + 99999999);
+    announceLoss(123456790, kNow + 39999999);  // earlier, and the latest to come
+    announceLoss(123456791, kNow + 99999999);  // a promise that was there
     closeSession();
     EXPECT_EQ(files(kLossFolder).count("VIDEO_DEBUG_20231113_235959_123456789.txt"), 1U);
 }
@@ -84,22 +98,39 @@ TEST_F(FrameLostTxtFileTest, StoppedPool_WritesWhenItStartsAgain_EvenAfterTheRec
 
 TEST_F(FrameLostTxtFileTest, FileOfTheStop_IsNotCounted_NobodyWaitsForIt) {
     host::runTasksInline(true);
-    play("11-40 !41 42-46 stop");
+    play("11-40 !41 42-46 stop stop");
     EXPECT_EQ(told(),
               (Lines{kRequest + "flush now, still write a txt, front=41!", kCompleted, kWritten}));
     EXPECT_EQ(settlement(), "done");
+    forgetLog();
+    host::failFileCall(host::FileCall::kWrite, 1);
+    play("open 11-40 !42 41-46 stop");
+    EXPECT_EQ(countLogged(".txt write fail, ret="), 1U);
+    EXPECT_EQ(countLogged(".txt write succ"), 1U) << "what was opened counts as written";
 }
 
 TEST_F(FrameLostTxtFileTest, Stop_CompletesEveryLoss_TheLatestAfterItsFiles) {
     host::stopThreadPool();
-    play("11-40 !41 !43 !100 42-99 101-130 stop stop");
+    play("11-40 !41 !43 !100 42-99");
+    announceLoss(100, latestLoss());  // known: its count goes on
+    play("101-130 stop stop");
     EXPECT_EQ(told(), (Lines{kRequest + "count:1!", kRequest + "count:2!", kCompleted, kCompleted,
                              kPromiseLeft}));
     EXPECT_EQ(settlement(kNow) + settlement(kNow + 1) + settlement(kNow + 2), "donedonepending");
+    std::atomic<bool> isEarly{false};
+    const auto latest = SyncManager::getInstance()->getFuture(kNow + 2);
+    host::setFileCallHandler([&](host::FileCall call) {
+        isEarly =
+                isEarly || (call != host::FileCall::kOpen &&
+                            latest.wait_for(std::chrono::seconds(0)) == std::future_status::ready);
+    });
     host::restartThreadPool();  // several writers at once
     EXPECT_EQ(dumps(kLossFolder), "43: 11-40 42-43; 100: 70-99");
     EXPECT_EQ(countLogged("FrameLost, count=1!") + countLogged("FrameLost, count=0!"), 2U);
     EXPECT_EQ(settlement(kNow + 2), "done");
+    host::setFileCallHandler(nullptr);
+    EXPECT_FALSE(isEarly) << "not before its files are closed";
+    closeSession();  // nothing is left to complete
 }
 
 // Before the stop, behind it, and where one file of two can be written.

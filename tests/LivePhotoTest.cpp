@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <json/reader.h>
 #include <json/value.h>
+#include <sched.h>
 #include <sys/eventfd.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
@@ -18,8 +19,9 @@
 #include <thread>
 #include <vector>
 
+#include "livephoto/LivePhotoRequest.h"
 #include "platform/host/DeviceControl.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {
@@ -121,8 +123,10 @@ TEST_F(LivePhotoTest, RangeWrapsAround) {
             {"end beyond the queue", 0, 12, 99, {12, 13}, {12, 13}},
             {"end just before the start: none", 0, 11, 10, {}, {11, 12, 13}},
             {"end further before: all", 0, 11, 9, {11, 12, 13}, {11, 12, 13}},
-            {"start beyond the queue empties it", 0, 14, 20, {}, {}},
-            {"application numbers wrap", 0xFFFFFFF0, 0xFFFFFFFB, 1, {11, 12, 13}, {11, 12, 13}},
+            {"as many as there are numbers: none", 0, 0, 0xFFFFFFFF, {}, {10, 11, 12, 13}},
+            {"start beyond the queue empties it", 0, 0x80000000, 0x80000005, {}, {}},
+            {"application's end wraps", 0xFFFFFFF4, 0xFFFFFFFF, 0, {11, 12}, {11, 12, 13}},
+            {"application's start wraps", 0xFFFFFFF4, 0, 0, {12}, {12, 13}},
     };
     openListening();
     for (const Row& row : rows) {
@@ -144,6 +148,7 @@ TEST_F(LivePhotoTest, QueueHoldsTheNewest180_UntilTheSessionEnds) {
     Frames newest(180);
     std::iota(newest.begin(), newest.end(), 2);
     EXPECT_EQ(allFrames(), newest);
+    EXPECT_EQ(framesFor(180, 999), (Frames{180, 181})) << "many are dropped at once";
     closeSession();
     recorder().DoneDataForLivePhoto(181);
     EXPECT_EQ(allFrames(), Frames{});
@@ -174,26 +179,12 @@ TEST_F(LivePhotoTest, StoreKeepsOneWritableRecordPerPlaceOf180) {
               (Lines{refused + "39, frameNumber=7!", refused + "0, frameNumber=7!"}));
 }
 
-TEST_F(LivePhotoTest, ClosedRecorderStoresDoneFramesAndAnswersStateZero) {
-    openListening();
-    recorder().initialize(0, 0);
-    frame(3).done();
-    frame(4);
-    recorder().CacheDataForLivePhoto(4);
-    recorder().DoneDataForLivePhoto(3);
-    EXPECT_EQ(post(-1, requestFor(0, 9, kPage)), "0 shot 1");
-    EXPECT_EQ(countLogged("returnState 0, id shot 1, munmapRet -1!"), 1U);
-    openSession();
-    recorder().DoneDataForLivePhoto(3);
-    recorder().DoneDataForLivePhoto(4);
-    EXPECT_EQ(allFrames(), Frames{3});
-}
-
 TEST_F(LivePhotoTest, CallbackStaysUntilReplaced_AlsoFromWithin) {
     openListening();
     recorder().RegisterCamDataCb(nullptr);
     EXPECT_EQ(transcript("func is nullptr"),
               Lines{"E RegisterCamDataCb<LINE>: VDR::RegisterCamDataCb, func is nullptr"});
+    play("stop open");
     EXPECT_EQ(post(openBuffer(kPage), requestFor(0, 9, kPage)), "1 shot 1");
     recorder().RegisterCamDataCb([this](uint32_t, const std::string&) { openListening(); });
     EXPECT_EQ(post(openBuffer(kPage), requestFor(0, 9, kPage)), "none");
@@ -213,22 +204,6 @@ int pipeEnd() {
     EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
     close(ends[0]);
     return ends[1];
-}
-
-// A file on a disk of its own, which nobody else sees and which is gone with the file. Negative
-// where that is not allowed.
-int openSmallDisk(const std::string& folder, size_t size) {
-    int fd = -1;
-    std::thread([&] {
-        const std::string options = "size=" + std::to_string(size);
-        std::filesystem::create_directory(folder);
-        if (unshare(CLONE_NEWNS) == 0 &&
-            mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-            mount("vdr", folder.c_str(), "tmpfs", 0, options.c_str()) == 0) {
-            fd = open((folder + "/buffer").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        }
-    }).join();
-    return fd;
 }
 
 // Every kind of descriptor, with two records (two pages) to post.
@@ -288,6 +263,22 @@ TEST_F(LivePhotoTest, NoDescriptorFaults_AndTheReplyTellsTheOutcome) {
     }
 }
 
+// A file on a disk of its own, which nobody else sees and which is gone with the file. Negative
+// where that is not allowed.
+int openSmallDisk(const std::string& folder, size_t size) {
+    int fd = -1;
+    std::thread([&] {
+        const std::string options = "size=" + std::to_string(size);
+        std::filesystem::create_directory(folder);
+        if (unshare(CLONE_NEWNS) == 0 &&
+            mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+            mount("vdr", folder.c_str(), "tmpfs", 0, options.c_str()) == 0) {
+            fd = open((folder + "/buffer").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        }
+    }).join();
+    return fd;
+}
+
 // The application cuts its buffer and makes it long again, all the time.
 TEST_F(LivePhotoTest, BufferThatShrinksMeanwhile_IsServedOrNot) {
     constexpr int kPosts = 3000;
@@ -345,6 +336,51 @@ TEST_F(LivePhotoTest, BufferBehindTheLimitOnFileSizes_AnswersStateZero) {
     sigset_t pending;
     sigpending(&pending);
     EXPECT_EQ(sigismember(&pending, SIGXFSZ), 0);
+}
+
+struct Text {
+    const char* name;
+    std::string json;
+    std::string expected;  // "id start end size"
+};
+
+std::string parsed(const std::string& json) {
+    const LivePhotoRequest request = LivePhotoRequest::parse(json);
+    return request.id + " " + std::to_string(request.startFrame) + " " +
+           std::to_string(request.endFrame) + " " + std::to_string(request.bufferSize);
+}
+
+const std::string kRead = "a 0 0 0";
+const std::string kEmpty = " 0 0 0";
+
+// The parser ends the process at a value below its thousandth level.
+TEST_F(LivePhotoTest, UntrustedText_ReadsAsFarAsItCan) {
+    const std::string member = R"({"id":"a","x":)";
+    const std::string brackets(998, '[');
+    const std::string blanks(16384 - 10, ' ');
+    const Text rows[] = {
+            {"whole", R"({"id":"a","startFrame":1,"endFrame":4294967295,"bufferSize":4096})",
+             "a 1 4294967295 4096"},
+            {"no object", "7", kEmpty},
+            {"id an array", R"({"id":["a"],"startFrame":1})", " 1 0 0"},
+            {"out of range", R"({"startFrame":-1,"endFrame":4294967296,"bufferSize":1e30})",
+             kEmpty},
+            {"other types", R"({"startFrame":"1","endFrame":true,"bufferSize":[1]})", " 0 1 0"},
+            {"half, with comments",
+             "{\"id\":/*{*/12,\"startFrame\":7//[\n,\"endFrame\":", "12 7 0 0"},
+            {"NUL in a string", std::string(R"({"id":"a)") + '\0' + R"(b"})",
+             std::string("a\0b 0 0 0", 9)},
+            {"999 levels", member + brackets + "1" + std::string(998, ']') + "}", kRead},
+            {"1000 levels", member + "[" + brackets + "1" + std::string(999, ']') + "}", kEmpty},
+            {"open ones", member + brackets, kRead},
+            {"one more", member + brackets + "{", kEmpty},
+            {"one more in a string", member + '"' + brackets + "[\"}", kEmpty},
+            {"as long as may be", R"({"id":"a"})" + blanks, kRead},
+            {"longer", R"({"id":"a"})" + blanks + " ", kEmpty},
+    };
+    for (const Text& row : rows) {
+        EXPECT_EQ(parsed(row.json), row.expected) << row.name;
+    }
 }
 
 }  // namespace

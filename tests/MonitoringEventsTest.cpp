@@ -2,9 +2,10 @@
 #include "platform/host/ClockControl.h"
 #include "platform/host/FrameDropNotification.h"
 #include "platform/host/MonitoringService.h"
+#include "platform/host/PropertyControl.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {
@@ -49,6 +50,10 @@ TEST_F(MonitoringEventsTest, PreviewAndVideo_AreReportedOnce_SubscribedOrNot) {
     openSession(-1);  // no preview
     closeSession();
     openSession(3);
+    recorder().initialize(0, 3);  // refused, and the preview goes on
+    host::setProperty("ro.logsystem.usertype", "6");
+    recorder().initialize(1, 3);
+    host::setProperty("ro.logsystem.usertype", "");
     host::advanceWallClock(1500000);
     playSession();
     openSession(-2);
@@ -76,6 +81,7 @@ TEST_F(MonitoringEventsTest, UnsentEvents_AreToldAndTheSessionGoesOn) {
         destroyRecorder();
         forgetLog();
         playSession();
+        EXPECT_EQ(countLogged("VDR::construct"), failing == "eventAgency" ? 0U : 1U);
         EXPECT_EQ(transcript("E "),
                   hasClient ? Lines{}
                             : (Lines{"E ZkaVideoDataRecoderImpl<LINE>: " + failing +

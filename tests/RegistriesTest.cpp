@@ -1,10 +1,8 @@
-#include <atomic>
 #include <cstring>
-#include <thread>
 
 #include "platform/CameraMemoryItemInfo.h"
 #include "registries/MemoryAllocTimeoutInfo.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {
@@ -58,33 +56,6 @@ TEST_F(RegistriesTest, FirstRegistrationWins_AndIsTakenOnce) {
     EXPECT_EQ(takeFence(&object), "38654705783/88");
     EXPECT_EQ(takeFrame(0), 99U);
     EXPECT_EQ(takeSlow(), nothing);
-}
-
-TEST_F(RegistriesTest, ManyThreadsAtOnce_TakeEachEntryOnce) {
-    constexpr uint32_t kThreads = 4;
-    constexpr uint32_t kEntries = 2000;
-    recorder();
-    std::vector<char> fences(kEntries);
-    std::atomic<uint32_t> arrivals{0};
-    std::atomic<uint32_t> taken{0};
-    std::vector<std::thread> threads;
-    for (uint32_t thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([&] {
-            for (uint32_t i = 0; i < kEntries; ++i) {
-                recorder().SetChiFenceMap(&fences[i], i, 7);
-                recorder().SetChiFrameMap(i, i);
-            }
-            meet(arrivals, kThreads);
-            for (uint32_t i = 0; i < kEntries; ++i) {
-                taken += takeFence(&fences[i]) == std::to_string(i) + "/7" ? 1 : 0;
-                taken += i != 99 && takeFrame(i) == i ? 1 : 0;
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(taken, 2 * kEntries - 1);
 }
 
 TEST_F(RegistriesTest, AllocationOfMoreThanFiveSeconds_IsKept) {

@@ -9,7 +9,7 @@
 #include "platform/host/MonitoringService.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 namespace {
@@ -85,6 +85,16 @@ TEST_F(SoakTest, SessionAfterSession_CompletesEveryLossAndKeepsNoMemory) {
     }
     RecordProperty("leastBytes", std::to_string(least));
     RecordProperty("bytesAfterLast", std::to_string(bytesInUse()));
+}
+
+TEST_F(SoakTest, EndOfASession_GivesBackWhatItsQueuesHeld) {
+    play("open 11 stop");
+    const size_t before = bytesInUse();
+    openSession();
+    frame(11).done();
+    recorder().DoneDataForLivePhoto(11);
+    closeSession();
+    EXPECT_LT(bytesInUse(), before + kBytesOfThreads);
 }
 
 }  // namespace

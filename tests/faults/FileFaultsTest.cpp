@@ -27,7 +27,7 @@ TEST_F(FileFaultsTest, NothingFails_EverythingIsThere) {
     const std::string& text = mWhole["text"];
     EXPECT_EQ(mWhole["bin"].size(), kFrames * kFrameRecordSize);
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), long{kLostFrame});
-    EXPECT_EQ(mWhole["files"] + mWhole["settlement"] + mWhole["errors"], "2done");
+    EXPECT_EQ(mWhole["files"] + mWhole["settlement"] + mWhole["maps"] + mWhole["errors"], "2done");
     EXPECT_NE(mWhole["livePhoto"].find("\"state\" : 1"), std::string::npos);
 }
 

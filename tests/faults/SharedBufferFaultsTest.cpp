@@ -1,15 +1,16 @@
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <functional>
 
 #include "livephoto/SharedBuffer.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
-// Every write of a record into a shared file, and every look at a position, comes by here and can
-// be answered otherwise.
+// Every write of a record into a shared file comes by here and can be answered otherwise, and every
+// question about a file and its position.
 
 namespace {
 
@@ -17,6 +18,7 @@ using Write = std::function<ssize_t(int fd, const void* data, size_t size, off_t
 Write writeOtherwise;
 bool isPositionless = false;                // as some drivers' buffers
 constexpr off_t kPositionless = 64 * 1024;  // their size, in bytes
+enum class Stat { kUsual, kDevice, kFails } statOtherwise = Stat::kUsual;
 
 }  // namespace
 
@@ -33,6 +35,15 @@ off_t __wrap_lseek(int fd, off_t offset, int whence) {
     errno = EINVAL;
     return whence == SEEK_END ? kPositionless : whence == SEEK_SET && offset == 0 ? 0 : -1;
 }
+int __real_fstat(int fd, struct stat* status);
+int __wrap_fstat(int fd, struct stat* status) {
+    const int result = __real_fstat(fd, status);
+    if (statOtherwise == Stat::kDevice) {
+        status->st_mode = S_IFCHR;
+        status->st_size = 0;
+    }
+    return statOtherwise == Stat::kFails ? -1 : result;
+}
 }
 
 namespace zk::test {
@@ -46,6 +57,7 @@ TEST_F(SharedBufferFaultsTest, WriteThatIsCutOrFails_IsContinuedOrAnswersStateZe
         const char* name;
         int state;
         Write write;
+        Stat stat = Stat::kUsual;
     };
     const Row rows[] = {
             {"interrupted, then in pieces", 1,
@@ -64,6 +76,8 @@ TEST_F(SharedBufferFaultsTest, WriteThatIsCutOrFails_IsContinuedOrAnswersStateZe
                  const ssize_t written = __real_pwrite(fd, data, size, offset);
                  return ftruncate(fd, kFrameRecordSize) == 0 ? written : -1;
              }},
+            {"device that tells its size by seeking only", 1, nullptr, Stat::kDevice},
+            {"nobody knows what it is", 1, nullptr, Stat::kFails},
     };
     openSession();
     std::string reply;
@@ -76,8 +90,10 @@ TEST_F(SharedBufferFaultsTest, WriteThatIsCutOrFails_IsContinuedOrAnswersStateZe
         const int fd = memfd_create("buffer", MFD_CLOEXEC);
         ASSERT_EQ(ftruncate(fd, 2 * kFrameRecordSize), 0);
         writeOtherwise = row.write;
+        statOtherwise = row.stat;
         recorder().PostDataForLivePhoto(fd, R"({"endFrame":9,"bufferSize":8192})");
         writeOtherwise = nullptr;
+        statOtherwise = Stat::kUsual;
         EXPECT_NE(reply.find("\"state\" : " + std::to_string(row.state)), std::string::npos)
                 << row.name << reply;
         frameData second{};

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -10,7 +11,7 @@
 #include "platform/host/ClockControl.h"
 #include "platform/host/SyncControl.h"
 #include "platform/host/ThreadPoolControl.h"
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 namespace zk::test {
 
@@ -26,7 +27,8 @@ protected:
     static constexpr uint32_t kFrames = kPhotoFrame;  // odd: the end of the session appends one
 
     // By name: "bin" and "text" are the contents of the two files, "files" and "fds" how many
-    // there are of both kinds and open in this process, "errors" the lines of the log.
+    // there are of both kinds and open in this process, "maps" the shared buffers that are mapped,
+    // "errors" the lines of the log.
     using Outcome = std::map<std::string, std::string>;
 
     WholeSessionTest() {
@@ -76,6 +78,9 @@ protected:
         }
         using Entries = std::filesystem::directory_iterator;
         outcome["fds"] = std::to_string(std::distance(Entries("/proc/self/fd"), Entries()));
+        std::ifstream maps("/proc/self/maps");
+        const std::string mapped(std::istreambuf_iterator<char>(maps), {});
+        outcome["maps"] = mapped.find("memfd:buffer") == std::string::npos ? "" : "left";
         removeDumps();
         forgetLog();
         ++mDay;

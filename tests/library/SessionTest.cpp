@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -20,9 +19,9 @@
 #include "platform/host/ThreadPoolControl.h"
 #include "recorder/IVideoDataRecoder.h"
 #include "records/FieldTags.h"
-#include "records/VDRData1Layout.h"
 #include "records/frameData.h"
-#include "tests/ReferenceLine.h"
+#include "testing/FieldPlace.h"
+#include "testing/SteppedLine.h"
 
 namespace zk::test {
 namespace {
@@ -32,19 +31,6 @@ namespace fs = std::filesystem;
 constexpr uint32_t kFrames = 75;  // an odd number: the last record leaves with the session's end
 constexpr uint32_t kLost = 41;
 constexpr uint64_t kLossTime = 1700000000000000;
-
-struct Field {
-    size_t offset;
-    size_t size;         // of an element, in an array
-    size_t countOffset;  // 0: no array
-};
-#define VDR_SCALAR(field) {offsetof(Layout, field), sizeof(Layout::field), 0},
-#define VDR_ARRAY(field, count) \
-    {offsetof(Layout, field), sizeof(Layout::field[0]), offsetof(Layout, count)},
-using Layout = vdr1::VDRData1Layout;
-constexpr Field kFields[] = {VDR1_FIELDS(VDR_SCALAR, VDR_ARRAY)};
-#undef VDR_ARRAY
-#undef VDR_SCALAR
 
 // Both levels have the same bytes, and the library reads its level when it is loaded.
 class SessionTest : public testing::TestWithParam<int> {
@@ -79,19 +65,19 @@ protected:
         std::memcpy(record.bytes, &frame, sizeof(frame));
         mRecorder->writeMaintain(frame, tag::frameNumber, record.bytes);
         for (uint32_t tag = tag::cslInfo; tag < tag::kCount; ++tag) {
-            const Field& field = kFields[tag];
-            if (tag + 1 < tag::kCount && kFields[tag + 1].countOffset == field.offset) {
+            const FieldPlace& field = kFieldPlaces[tag];
+            const bool isArray = field.capacity > 1;
+            if (tag + 1 < tag::kCount && kFieldPlaces[tag + 1].capacity > 1) {
                 continue;
             }
-            const size_t elements = field.countOffset != 0 ? 2 : 1;
-            for (size_t i = 0; i < elements; ++i) {
+            for (size_t i = 0; i < (isArray ? 2 : 1); ++i) {
                 uint8_t* const value = record.bytes + field.offset + i * field.size;
                 value[0] = static_cast<uint8_t>(1 + (frame + tag + i) % 9);
                 value[field.size - 1] = static_cast<uint8_t>(0x41 + (frame + i) % 7);
                 mRecorder->writeMaintain(frame, tag, value);
             }
-            if (field.countOffset != 0) {
-                record.bytes[field.countOffset] = 2;
+            if (isArray) {
+                record.bytes[field.offset - 1] = 2;
             }
         }
         return record;
@@ -127,7 +113,7 @@ TEST_P(SessionTest, Dumps_HoldEveryRecordAndTheLinesThatLedUpToTheLoss) {
         records.append(reinterpret_cast<const char*>(record.bytes), kFrameRecordSize);
         if (frame >= kLost - 30 && frame <= kLost) {
             char line[kFrameRecordSize] = "";
-            ASSERT_TRUE(ReferenceLine::render(record.bytes, line));
+            ASSERT_TRUE(appendSteppedLine(record.bytes, line));
             lines += line;
         }
     }

@@ -229,13 +229,13 @@ std::string Phrases::heat() const {
 }
 
 std::string Phrases::noRecord() const {
-    const std::string start = "no record, and nothing stands out around it";
+    constexpr char kStart[] = "no record, and nothing stands out around it";
     if (!mFindings.span) {
-        return start;
+        return kStart;
     }
     const bool isSkipped =
             mFindings.span->usual - mFindings.span->time > mFindings.clocks.frameInterval / 2;
-    return start +
+    return std::string(kStart) +
            (isSkipped ? "; the stamps leave no time for it: " : "; the sensor kept its pace: ") +
            span(*mFindings.span);
 }

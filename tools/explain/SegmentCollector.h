@@ -15,8 +15,8 @@ class SegmentCollector : public RecordSink {
 public:
     static constexpr uint32_t kBefore = 60;
     static constexpr uint32_t kBehind = 30;
-    static constexpr size_t kMostLosses = 64;  // of those known before, and of gaps per session
-    static constexpr size_t kMostKept = 32 * 1024;  // records, 128 MB
+    static constexpr size_t kMostLosses = 64;   // of those known before, and of gaps per session
+    static constexpr size_t kMostKept = 32768;  // records, 128 MB
 
     // Which frames are kept around lost ones.
     static FrameRange around(const FrameRange& lost);

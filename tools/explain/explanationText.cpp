@@ -177,7 +177,7 @@ private:
             line("stuck at", stuckAt(*mFindings.stuck));
         } else if (mFindings.hasRecord && mFindings.slowestNode &&
                    mFindings.recordsBefore + mFindings.recordsBehind >= kFewestForHabits) {
-            line("stuck at", "nowhere: each node has its end stamp");
+            line("stuck at", "nowhere: no node lacks an end stamp that it has in other frames");
         }
         if (mFindings.span) {
             line("around it", mPhrases.span(*mFindings.span));
@@ -224,10 +224,23 @@ private:
         const std::string heat =
                 mFindings.thermalRise ? mPhrases.change(*mFindings.thermalRise) + "; " : "";
         if (mFindings.deviceMoves.empty()) {
-            return heat + "load, memory and temperatures did not move";
+            return heat + unmoved();
         }
         return heat + listed(mFindings.deviceMoves, mFindings.deviceMoves.size(),
                              [](const DeviceMove& move) { return moveWords(move); });
+    }
+
+    std::string unmoved() const {
+        std::vector<std::string> known;
+        const auto add = [&](const char* name, std::initializer_list<const char*> sources) {
+            if (isKnown(sources)) {
+                known.emplace_back(name);
+            }
+        };
+        add("load", {"load average", "camera load"});
+        add("memory", {"free memory", "available memory", "capture memory"});
+        add("temperatures", {"front temperature", "back temperature", "frame temperature"});
+        return known.empty() ? "nothing else is known" : enumerated(known) + " did not move";
     }
 
     static std::string moveWords(const DeviceMove& move) {

@@ -9,9 +9,9 @@
 namespace vdrdump {
 
 struct LossRequest {
-    std::vector<std::string> files;  // "-": standard input
-    std::optional<uint32_t> lost;    // this loss only, whether the files tell of it or not
-    std::string log;                 // a logcat that announces losses, or none
+    std::vector<std::string> files;    // "-": standard input
+    std::optional<uint32_t> lost;      // this loss only, whether the files tell of it or not
+    std::string log;                   // a logcat that announces losses, or none
     std::optional<FrameRange> frames;  // these, and not those around losses
     uint32_t session = 0;              // of each file; 0: all
 };

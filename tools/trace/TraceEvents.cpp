@@ -24,10 +24,10 @@ constexpr uint32_t kMostMissing = 4096;  // frames that are marked
 
 // Costs and these columns of the status become counters.
 constexpr const char* kCounters[] = {
-        "sysStatusInfo_cpuUsage",       "sysStatusInfo_loadAvg1",
-        "sysStatusInfo_memFree",        "sysStatusInfo_memAvailable",
-        "sysStatusInfo_usedMem",        "sysStatusInfo_shellFrontTemp",
-        "sysStatusInfo_shellBackTemp",  "sysStatusInfo_shellFrameTemp",
+        "sysStatusInfo_cpuUsage",      "sysStatusInfo_loadAvg1",
+        "sysStatusInfo_memFree",       "sysStatusInfo_memAvailable",
+        "sysStatusInfo_usedMem",       "sysStatusInfo_shellFrontTemp",
+        "sysStatusInfo_shellBackTemp", "sysStatusInfo_shellFrameTemp",
         "sysStatusInfo_thermalLevel",
 };
 
@@ -126,8 +126,8 @@ double TraceEvents::timeAround(uint32_t frame, const FrameMap& frames) const {
     const auto at = frames.lower_bound(frame);
     const auto known = at != frames.end() ? at : std::prev(frames.end());
     const double apart = static_cast<double>(frame) - static_cast<double>(known->first);
-    return std::max(0.0, frameMicroseconds(known->second->view()) +
-                                 apart * mClocks.frameInterval * 1e3);
+    return std::max(0.0,
+                    frameMicroseconds(known->second->view()) + apart * mClocks.frameInterval * 1e3);
 }
 
 void TraceEvents::event(const char* phase, const std::string& name, uint32_t process,
@@ -228,10 +228,11 @@ void TraceEvents::addMarks(uint32_t frame, const Record& record, double time) {
 void TraceEvents::addCounters(const Record& record, double time) {
     for (const Item& item : kItems) {
         const Column& column = item.column;
-        const bool isCounter =
-                item.array == nullptr && record.knows(column) &&
-                std::any_of(std::begin(kCounters), std::end(kCounters),
-                            [&column](const char* name) { return std::string(name) == column.name; });
+        const bool isCounter = item.array == nullptr && record.knows(column) &&
+                               std::any_of(std::begin(kCounters), std::end(kCounters),
+                                           [&column](const char* name) {
+                                               return std::string(name) == column.name;
+                                           });
         if (!isCounter) {
             continue;
         }

@@ -34,7 +34,7 @@ public:
 private:
     // Of the session that is being added.
     struct Track {
-        uint32_t number = 0;               // of the node
+        uint32_t number = 0;                // of the node
         std::vector<uint64_t> lanesFreeAt;  // stamps
     };
 

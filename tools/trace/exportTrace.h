@@ -13,8 +13,8 @@ struct TraceRequest {
 };
 
 // Writes the frames around losses, or those asked for, as trace-event JSON for trace viewers. False
-// where something was damaged or could not be read or written. Throws std::runtime_error where there
-// is nothing to write, and for a log or names that cannot be read.
+// where something was damaged or could not be read or written. Throws std::runtime_error where
+// there is nothing to write, and for a log or names that cannot be read.
 bool exportTrace(const TraceRequest& request);
 
 }  // namespace vdrdump

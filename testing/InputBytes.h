@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string>
 
-namespace zk::fuzz {
+namespace zk::test {
 
 // The fuzzer's input, taken from the front; zeros where it has ended.
 class InputBytes {
@@ -43,4 +43,4 @@ private:
     size_t mSize;
 };
 
-}  // namespace zk::fuzz
+}  // namespace zk::test

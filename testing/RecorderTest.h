@@ -13,7 +13,7 @@
 #include "recorder/ZkaVideoDataRecoderImpl.h"
 #include "records/FieldTags.h"
 #include "records/frameData.h"
-#include "tests/SleepGate.h"
+#include "testing/SleepGate.h"
 
 namespace zk::test {
 

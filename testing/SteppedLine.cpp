@@ -1,11 +1,12 @@
-#include "benchmarks/SteppedLine.h"
+#include "testing/SteppedLine.h"
 
 #include <cstring>
+#include <vector>
 
 #include "platform/BoundedMemory.h"
 #include "records/frameData.h"
 
-namespace zk::bench {
+namespace zk::test {
 namespace {
 
 using ulong = unsigned long;
@@ -59,8 +60,9 @@ bool stepCosts(uint8_t count, const vdr1::AlgoCostTime* costs, char* line) {
 
 bool stepNodes(const vdr1::VDRData1& r, char* line) {
     VDR_STEP("%u,", r.nodeInfoCount);
+    const vdr1::NodeInfo* const nodes = r.nodeInfo;  // of which the count may be too large
     for (size_t i = 0; i < r.nodeInfoCount; ++i) {
-        const vdr1::NodeInfo& n = r.nodeInfo[i];
+        const vdr1::NodeInfo& n = nodes[i];
         VDR_STEP("%lu,%lu,%lu,%llu,%llu,%llu,%llu,", ulong{n.ids[0]}, ulong{n.ids[1]},
                  ulong{n.ids[2]}, ulonglong{n.stamps[0]}, ulonglong{n.stamps[1]},
                  ulonglong{n.stamps[2]}, ulonglong{n.stamps[3]});
@@ -92,8 +94,9 @@ bool stepTail(const vdr1::VDRData1& r, char* line) {
              double{g.gains[2]}, double{g.gains[3]}, double{g.gains[4]}, double{g.gains[5]},
              double{g.gains[6]}, double{g.gains[7]}, double{g.gains[8]}, ulong{g.word});
     VDR_STEP("%u,", r.awbInfo_qawb_cap_saCount);
+    const vdr1::AwbCapSaInfo* const items = r.awbInfo_qawb_cap_sa;
     for (size_t i = 0; i < r.awbInfo_qawb_cap_saCount; ++i) {
-        VDR_STEP("%s,%f,", r.awbInfo_qawb_cap_sa[i].name, double{r.awbInfo_qawb_cap_sa[i].value});
+        VDR_STEP("%s,%f,", items[i].name, double{items[i].value});
     }
     const vdr1::MemoryAllocTimeoutInfo& m = r.memoryAllocTimeoutInfo;
     VDR_STEP("%s,%lu,%u,%u,", m.itemName, ulong{m.allocSizeKB}, m.allocTimeSec, m.itemType);
@@ -112,4 +115,16 @@ bool formatSteppedLine(const vdr1::VDRData1& r, char* line) {
            stepStamps(r, line) && stepTail(r, line);
 }
 
-}  // namespace zk::bench
+bool appendSteppedLine(const void* block, char* line) {
+    constexpr size_t kMostBehind = size_t{UINT8_MAX} * sizeof(vdr1::NodeInfo);
+    if (strnlen(line, kFrameRecordSize) == kFrameRecordSize) {
+        line[kFrameRecordSize - 1] = '\0';
+        return false;
+    }
+    static_assert(alignof(vdr1::VDRData1) == 1);
+    std::vector<uint8_t> bytes(kFrameRecordSize + kMostBehind);
+    std::memcpy(bytes.data(), block, kFrameRecordSize);
+    return formatSteppedLine(*reinterpret_cast<const vdr1::VDRData1*>(bytes.data()), line);
+}
+
+}  // namespace zk::test

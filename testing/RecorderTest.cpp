@@ -1,4 +1,4 @@
-#include "tests/RecorderTest.h"
+#include "testing/RecorderTest.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -157,7 +157,8 @@ void RecorderTest::completeFrames(uint32_t first, uint32_t last) {
 }
 
 std::vector<uint8_t> RecorderTest::oldestDone() {
-    void* record = nullptr;
+    static uint8_t untouched[kFrameRecordSize];
+    void* record = untouched;
     recorder().getVDRInfo(0, &record);
     const auto* bytes = static_cast<const uint8_t*>(record);
     return bytes != nullptr ? std::vector<uint8_t>(bytes, bytes + kFrameRecordSize)

@@ -1,4 +1,4 @@
-#include "tests/SleepGate.h"
+#include "testing/SleepGate.h"
 
 #include <chrono>
 
