@@ -85,7 +85,7 @@ using Frames = std::vector<uint32_t>;
 TEST_F(FrameFlowTest, EncoderWithAnotherOrder_FramesAreKnownByTimeAndThroughByNumber) {
     const NodeIndex encoder = node(Order::kTime);
     for (int place = 0; place < 4; ++place) {
-        EXPECT_EQ(give(encoder, raw(place)), kFirst + place);
+        EXPECT_EQ(give(encoder, raw(place)), kFirst + static_cast<uint32_t>(place));
     }
     EXPECT_EQ(put(encoder, encoded(0, -2)), kFirst);
     EXPECT_EQ(put(encoder, encoded(3, -1)), kFirst + 3);
