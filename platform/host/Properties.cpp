@@ -6,13 +6,28 @@
 #include <limits>
 #include <map>
 #include <mutex>
+#include <sstream>
 #include <string>
 
 #include "platform/host/PropertyControl.h"
 
 namespace {
 
+// key=value,key=value; what has no equals sign is passed over.
+std::map<std::string, std::string> propertiesOf(const char* text) {
+    std::map<std::string, std::string> properties;
+    std::istringstream pairs(text != nullptr ? text : "");
+    for (std::string pair; std::getline(pairs, pair, ',');) {
+        if (const size_t equals = pair.find('='); equals != std::string::npos) {
+            properties[pair.substr(0, equals)] = pair.substr(equals + 1);
+        }
+    }
+    return properties;
+}
+
 struct PropertyStore {
+    PropertyStore() : values(propertiesOf(std::getenv("VDR_PROPERTIES"))) {}
+
     std::mutex mutex;
     std::map<std::string, std::string> values;
 };
