@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "fuzz/InputBytes.h"
 #include "records/frameData.h"
+#include "testing/InputBytes.h"
 #include "tools/read/MemorySource.h"
 #include "tools/sink/DumpPass.h"
 
