@@ -115,7 +115,7 @@ void checkFound(const std::vector<Piece>& pieces, const NumbersSink& sink) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    zk::fuzz::InputBytes input(data, size);
+    zk::test::InputBytes input(data, size);
     const auto first = 1 + input.take<uint32_t>() % 100000;
     const uint8_t nodes = input.byte();
     std::vector<Piece> pieces;
