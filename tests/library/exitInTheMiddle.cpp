@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
+#include <shared_mutex>
 #include <thread>
 
 #include "platform/host/LogControl.h"
@@ -24,10 +26,24 @@ namespace {
 std::atomic<uint32_t> framesDone{0};
 std::atomic<uint32_t> sessions{0};
 
+// A session's frames are over when it closes, as the interface demands; all else goes on together.
+// Never destroyed, like the recorder.
+struct Frames {
+    std::mutex turnstile;  // so that who closes the session is not kept out by ever new frames
+    std::shared_mutex inside;
+};
+Frames& frames = *new Frames;
+
+std::shared_lock<std::shared_mutex> enter() {
+    const std::lock_guard turn(frames.turnstile);
+    return std::shared_lock(frames.inside);
+}
+
 [[noreturn]] void pushFrames(zk::IVideoDataRecoder* recorder, uint32_t thread) {
     const uint8_t field[4096] = {};
     const int fd = memfd_create("photo", MFD_CLOEXEC);
     for (uint32_t number = 11 + thread;; number += 4) {
+        const std::shared_lock frame = enter();
         recorder->VDRProcessing(number);
         recorder->writeMaintain(number, zk::tag::frameNumber, &number);
         for (uint32_t tag = zk::tag::frameNumber + 1; tag < zk::tag::kCount; ++tag) {
@@ -50,6 +66,8 @@ std::atomic<uint32_t> sessions{0};
         recorder->initialize(1, 0);
         zk::SysStatusCollection status{};
         recorder->GetSystemStatus(status);
+        const std::lock_guard turn(frames.turnstile);
+        const std::lock_guard alone(frames.inside);
         recorder->unInitialize();
     }
 }
