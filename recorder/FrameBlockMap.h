@@ -17,6 +17,15 @@ public:
     // Never holds more, so that it stays sparse and probing short.
     static constexpr size_t kMaxEntries = 80;
 
+    // Null where a glance does not show the frame's block: it is absent, or displaced by another
+    // frame, or the table is being changed. Any thread, at any time.
+    void* glance(uint32_t frameNumber) const {
+        const size_t i = home(frameNumber);
+        const uint32_t version = mVersion.load(std::memory_order_acquire);
+        const bool isHere = numberAt(i) == frameNumber;
+        void* const block = blockAt(i);
+        return isHere && isStill(version) ? block : nullptr;
+    }
     // What a look-up found: nothing to rely on where the table was being changed.
     struct Sight {
         bool isClear;
@@ -27,9 +36,7 @@ public:
     Sight look(uint32_t frameNumber) const {
         const uint32_t version = mVersion.load(std::memory_order_acquire);
         void* const block = find(frameNumber);
-        std::atomic_thread_fence(std::memory_order_acquire);
-        const bool isUnchanged = mVersion.load(std::memory_order_relaxed) == version;
-        return {isUnchanged && version % 2 == 0, block};
+        return {isStill(version), block};
     }
 
     // All below: one thread at a time.
@@ -39,9 +46,8 @@ public:
         size_t i = home(frameNumber);
         // Bounded for those who look while entries move: they may never meet a free slot.
         for (size_t probes = 0; probes < kSlots; ++probes, i = next(i)) {
-            void* const block = mSlots[i].block.load(std::memory_order_relaxed);
-            if (block == nullptr ||
-                mSlots[i].frameNumber.load(std::memory_order_relaxed) == frameNumber) {
+            void* const block = blockAt(i);
+            if (block == nullptr || numberAt(i) == frameNumber) {
                 return block;
             }
         }
@@ -89,6 +95,7 @@ public:
     size_t size() const { return mSize; }
 
 private:
+    static constexpr size_t kCacheLine = 64;  // bytes
     static constexpr unsigned kIndexBits = 8;
     static constexpr size_t kSlots = size_t{1} << kIndexBits;
     static constexpr uint32_t kGoldenRatio = 2654435769U;  // spreads neighbouring frame numbers
@@ -122,6 +129,13 @@ private:
     static size_t next(size_t slot) { return (slot + 1) & (kSlots - 1); }
     static size_t distance(size_t from, size_t to) { return (to - from) & (kSlots - 1); }
 
+    // Whether nothing was changed since the version was loaded, nor was being changed then: an odd
+    // version never comes up again with its lowest bit cleared.
+    bool isStill(uint32_t version) const {
+        std::atomic_thread_fence(std::memory_order_acquire);
+        return mVersion.load(std::memory_order_relaxed) == (version & ~1U);
+    }
+
     void* blockAt(size_t i) const { return mSlots[i].block.load(std::memory_order_relaxed); }
     uint32_t numberAt(size_t i) const {
         return mSlots[i].frameNumber.load(std::memory_order_relaxed);
@@ -131,7 +145,8 @@ private:
         mSlots[i].block.store(block, std::memory_order_relaxed);
     }
 
-    std::atomic<uint32_t> mVersion{0};
+    // On lines of memory of its own: those of the pool's lock change hands all the time.
+    alignas(kCacheLine) std::atomic<uint32_t> mVersion{0};
     std::array<Slot, kSlots> mSlots{};
     size_t mSize = 0;
 };

@@ -33,12 +33,11 @@ public:
 
     // Nothing happens where no block is free or the frame has one already.
     void take(uint32_t frameNumber);
-    // The block of a frame that is being filled, or null, looked for without the lock. It is
-    // written outside the lock too. In sight of the compiler, since every field write passes here.
-    FrameBlockMap::Sight look(uint32_t frameNumber) const {
-        return mDataProcessingPool.look(frameNumber);
-    }
-    // The same; takes the lock while somebody changes the pool.
+    // The block of a frame that is being filled where a glance without the lock shows it, else
+    // null. In sight of the compiler, since every field write passes here.
+    void* glance(uint32_t frameNumber) const { return mDataProcessingPool.glance(frameNumber); }
+    // The block of a frame that is being filled, or null; takes the lock only while somebody
+    // changes the pool. It is written outside the lock.
     void* find(uint32_t frameNumber);
     // Copies the block of a frame that is being filled.
     Copy copy(uint32_t frameNumber, frameData& out);
