@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/SpinLock.h"
+
 namespace zk {
 
 // Frame number -> record block for the frames that are being filled: a hash table of fixed size,
@@ -95,7 +97,6 @@ public:
     size_t size() const { return mSize; }
 
 private:
-    static constexpr size_t kCacheLine = 64;  // bytes
     static constexpr unsigned kIndexBits = 8;
     static constexpr size_t kSlots = size_t{1} << kIndexBits;
     static constexpr uint32_t kGoldenRatio = 2654435769U;  // spreads neighbouring frame numbers
@@ -145,10 +146,10 @@ private:
         mSlots[i].block.store(block, std::memory_order_relaxed);
     }
 
-    // On lines of memory of its own: those of the pool's lock change hands all the time.
+    // Apart from the pool's lock, which changes hands more often.
     alignas(kCacheLine) std::atomic<uint32_t> mVersion{0};
+    uint32_t mSize = 0;
     std::array<Slot, kSlots> mSlots{};
-    size_t mSize = 0;
 };
 
 }  // namespace zk

@@ -68,10 +68,11 @@ private:
 
     std::vector<void*> mDataBufferList;  // owns the blocks; fixed after construction
 
-    SpinLock mDataPoolLock;  // held for container work, to copy a record and to clear blocks
+    // Held for container work, to copy a record and to clear blocks.
+    alignas(kCacheLine) SpinLock mDataPoolLock;
     RingQueue<void*> mDataReadyPool VDR_GUARDED_BY(mDataPoolLock);
-    FrameBlockMap mDataProcessingPool;  // changed under the lock, looked at without it
     RingQueue<void*> mDataDonePool VDR_GUARDED_BY(mDataPoolLock);  // oldest at the front
+    FrameBlockMap mDataProcessingPool;  // changed under the lock, looked at without it
 };
 
 }  // namespace zk
