@@ -321,28 +321,31 @@ private:
         const bool isRight = axes == "x1y2";
         const std::string number = std::to_string(curve.number);
         const std::string style =
-                " axes " + axes + " lc rgb '" + kLineColors[color % std::size(kLineColors)] + "'";
-        const std::string title = fitted(curve.title + (isRight ? " (right)" : ""), kLongestTitle);
-        std::string key = " title " + quoted(title);
+                std::string(" lc rgb '") + kLineColors[color % std::size(kLineColors)] + "'";
+        std::string key = " title " +
+                          quoted(fitted(curve.title, kLongestTitle) + (isRight ? " (right)" : ""));
+        const auto plot = [&](const char* data, const char* columns, const std::string& with) {
+            add(std::string(", ") + data + number + " using " + columns + " axes " + axes +
+                " with " + with + style);
+        };
         if (mHasLines[curve.number]) {
-            const std::string from = ", $lines" + number + " using ";
             if (mCurves.isMerged()) {
-                add(from + "1:2:3 with filledcurves" + style +
-                    " fs transparent solid 0.35 notitle");
+                plot("$lines", "1:2:3", "filledcurves fs transparent solid 0.35");
+                add(" notitle");
             }
             const bool hasDots =
                     !panel.isStepped() && mPicture.frames.last - mPicture.frames.first < kFewFrames;
-            add(from + "1:3 with " +
-                (panel.isStepped() ? "steps"
+            plot("$lines", "1:3",
+                 panel.isStepped() ? "steps"
                  : hasDots         ? "linespoints pt 7 ps 0.3"
-                                   : "lines") +
-                style + (isRight ? " dt '-'" : "") + " lw 1.5" + key);
+                                   : "lines");
+            add((isRight ? " dt '-'" : "") + (" lw 1.5" + key));
             key = " notitle";
         }
         if (mHasPoints[curve.number]) {
-            for (const char* column : {"1:3", "1:2"}) {
-                add(", $points" + number + " using " + column + " with points" + style +
-                    " pt 7 ps 0.5" + key);
+            for (const char* columns : {"1:3", "1:2"}) {
+                plot("$points", columns, "points pt 7 ps 0.5");
+                add(key);
                 key = " notitle";
             }
         }
