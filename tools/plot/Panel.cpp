@@ -33,7 +33,7 @@ std::vector<Panel> devicePanels() {
              {"memory, MiB",
               {curve("free memory", kStatus + offsetof(Status, memFree), kMiB),
                curve("available memory", kStatus + offsetof(Status, memAvailable), kMiB)}},
-             {"of captures, as stated",
+             {"captures, as stated",
               {curve("memory of captures", kStatus + offsetof(Status, usedMem))}}},
             {Kind::Sampled,
              {"temperature, as stated",

@@ -81,8 +81,7 @@ private:
         addOne(Quantity::Latency, "latency", nodeUnit);
         addSlowest("time at nodes", ", " + nodeUnit,
                    {Quantity::NodeWait, Quantity::NodeWork, Quantity::NodeHandOn});
-        addSlowest("cost of algorithms", ", as stated",
-                   {Quantity::PluginCost, Quantity::SemanticCost});
+        addSlowest("algorithms", ", as stated", {Quantity::PluginCost, Quantity::SemanticCost});
     }
 
     void addOne(Quantity quantity, const char* name, const std::string& unit) {

@@ -12,7 +12,8 @@ namespace {
 constexpr char kMissingColor[] = "#d62728";
 constexpr char kMissingTint[] = "#fbdcdc";
 constexpr char kVideoColor[] = "#e3f1de";
-constexpr char kLostLine[] = "dt 2 lw 2 lc rgb '#000000'";
+constexpr char kLostColor[] = "#ffdf80";
+constexpr char kLostLine[] = "dt 2 lw 1.5 lc rgb '#000000'";
 // Told apart by most colour-blind people, and in print.
 constexpr const char* kLineColors[] = {"#0072b2", "#e69f00", "#009e73", "#8c4b8c",
                                        "#56b4e9", "#d55e00", "#555555"};
@@ -24,12 +25,18 @@ constexpr double kLowestPanel = 150;
 constexpr double kHighestPanel = 300;
 constexpr double kBetween = 16;
 constexpr double kLine = 20;  // of text
-constexpr double kLeft = 80;
-constexpr double kRight = 1060;
-constexpr double kKey = 1125;
+constexpr double kAnswerLine = 25;
+constexpr double kMissingStrip = 0.06;  // of a panel's height
+constexpr double kLeft = 88;
+constexpr double kRight = 1030;
+constexpr double kKey = 1135;
 
-constexpr size_t kLongestLine = 165;    // characters
-constexpr size_t kLongestTitle = 36;    // of a curve
+constexpr size_t kLongestAnswer = 135;
+constexpr size_t kLongestLine = 165;  // characters
+constexpr size_t kLongestTitle = 36;  // of a curve
+constexpr double kMostIntegers = 8;   // on an axis that has a number at each
+constexpr double kLeastPart = 0.05;
+constexpr double kLeastPartOfTimes = 0.2;
 constexpr uint32_t kFewFrames = 120;    // of which each gets a dot
 constexpr uint32_t kResolution = 1000;  // frames that are nearer to each other share a pixel
 
@@ -71,12 +78,12 @@ std::string fitted(const std::string& text, size_t most) {
 }
 
 // Lines that fit onto the picture, broken at blanks.
-std::vector<std::string> wrapped(std::string text) {
+std::vector<std::string> wrapped(std::string text, size_t most) {
     std::vector<std::string> lines;
-    while (text.size() > kLongestLine) {
-        size_t end = text.rfind(' ', kLongestLine);
+    while (text.size() > most) {
+        size_t end = text.rfind(' ', most);
         if (end == std::string::npos || end == 0) {
-            end = kLongestLine;
+            end = most;
             while (end > 1 && isInsideCharacter(text[end])) {
                 --end;
             }
@@ -90,8 +97,16 @@ std::vector<std::string> wrapped(std::string text) {
     return lines;
 }
 
-// Where the axis starts and ends: close around its curves, and not below 0 where they are not.
-std::string rangeText(const Axis& axis, const PlotCurves& curves) {
+bool isOfIntegers(const Axis& axis) {
+    return std::all_of(axis.curves.begin(), axis.curves.end(), [](const Curve& curve) {
+        return curve.column != nullptr && curve.column->kind != Kind::F32 && curve.factor == 1;
+    });
+}
+
+// Where the axis starts and ends: close around its curves, hardly below 0 where they are not, and
+// over `leastPart` of their size, so that what hardly moves does not look as if it did.
+std::string rangeText(const std::string& name, const Axis& axis, const PlotCurves& curves,
+                      double leastPart) {
     Range<double> all;
     for (const Curve& curve : axis.curves) {
         const Range<double> one = curves.rangeOf(curve.number);
@@ -101,13 +116,19 @@ std::string rangeText(const Axis& axis, const PlotCurves& curves) {
         }
     }
     if (all.isEmpty()) {
-        return "[0:1]\n";
+        return "set " + name + "range [0:1]\n";
     }
     const double size = std::max(std::fabs(all.low()), std::fabs(all.high()));
-    const bool isOne = all.high() - all.low() <= 1e-9 * size;
-    const double room = isOne ? std::max(size * 0.1, 1.0) : (all.high() - all.low()) * 0.06;
-    const double low = all.low() >= 0 ? std::max(0.0, all.low() - room) : all.low() - room;
-    return printed("[%.10g:%.10g]\n", low, all.high() + room);
+    const double span = all.high() - all.low();
+    const bool isOne = span <= 1e-9 * size;
+    const double room = isOne ? std::max(size * 0.1, 1.0)
+                              : std::max(span * 0.06, (leastPart * size - span) / 2);
+    const double high = all.high() + room;
+    const double lowest = all.low() >= 0 ? -0.02 * high : -INFINITY;
+    const double low = std::max(lowest, all.low() - room);
+    const bool hasFew = isOfIntegers(axis) && high - low < kMostIntegers;
+    return printed("set %srange [%.10g:%.10g]\nset %stics %s\n", name.c_str(), low, high,
+                   name.c_str(), hasFew ? "1" : "autofreq");
 }
 
 class Script {
@@ -117,9 +138,9 @@ public:
             mPanels(choice.panels),
             mSession(session),
             mCurves(session.curves()),
-            mHeader(wrapped(picture.answer)) {
+            mAnswer(wrapped(picture.answer, kLongestAnswer)) {
         for (const std::string& text : choice.leftOut) {
-            for (std::string& line : wrapped(text)) {
+            for (std::string& line : wrapped(text, kLongestLine)) {
                 mFooter.push_back(std::move(line));
             }
         }
@@ -128,7 +149,7 @@ public:
         }
         const double share = kPanels / static_cast<double>(mPanels.size());
         mPanelHeight = std::min(kHighestPanel, std::max(kLowestPanel, share));
-        mTop = 3 * kLine + kLine * static_cast<double>(mHeader.size());
+        mTop = 2.8 * kLine + kAnswerLine * static_cast<double>(mAnswer.size());
         mHeight = mTop + static_cast<double>(mPanels.size()) * (mPanelHeight + kBetween) +
                   kLine * (2.5 + static_cast<double>(mFooter.size()));
     }
@@ -137,7 +158,7 @@ public:
         writeTerminal(format);
         writeData();
         add("set multiplot\n");
-        writeTexts();
+        writeTexts(format == PictureFormat::Png);
         writeMarks();
         writeFrameAxis();
         for (size_t i = 0; i < mPanels.size(); ++i) {
@@ -164,20 +185,24 @@ private:
         for (const Panel& panel : mPanels) {
             for (const Axis* axis : {&panel.left, &panel.right}) {
                 for (const Curve& curve : axis->curves) {
-                    writeCurve(curve.number);
+                    writeCurve(curve.number, panel.isStepped());
                 }
             }
         }
     }
 
     // Runs of neighbours become lines, what stands alone points: a frame, its lowest, its highest.
-    void writeCurve(size_t curve) {
+    // A step is a line as long as it is level, so that its dashes show.
+    void writeCurve(size_t curve, bool isStepped) {
         std::string lines;
         std::string points;
         for (const PlotCurves::Run& run : mCurves.runsOf(curve)) {
             std::string& to = run.size() == 1 ? points : lines;
-            for (const PlotCurves::Span& span : run) {
-                to += printed("%u %.10g %.10g\n", span.frame, span.low, span.high);
+            for (size_t i = 0; i < run.size(); ++i) {
+                const bool isLevel = isStepped && i != 0 && i + 1 < run.size() &&
+                                     run[i].low == run[i - 1].low && run[i].high == run[i - 1].high;
+                to += isLevel ? ""
+                              : printed("%u %.10g %.10g\n", run[i].frame, run[i].low, run[i].high);
             }
             lines += run.size() == 1 ? "" : "\n";
         }
@@ -196,13 +221,13 @@ private:
                     more));
     }
 
-    void writeTexts() {
-        double at = 1.1 * kLine;
-        writeText(fitted(mPicture.title, kLongestLine), at, "font ',15'");
-        for (const std::string& line : mHeader) {
-            at += kLine;
-            writeText(line, at, "");
+    void writeTexts(bool isPng) {
+        double at = kLine;
+        for (const std::string& line : mAnswer) {
+            writeText(line, at, isPng ? "font ',13'" : "font ',17'");
+            at += kAnswerLine;
         }
+        writeText(fitted(mPicture.title, kLongestLine), at, "");
         at = mHeight - kLine * (static_cast<double>(mFooter.size()) - 0.4);
         for (const std::string& line : mFooter) {
             writeText(line, at, "tc rgb '#444444'");
@@ -244,35 +269,45 @@ private:
         return shown;
     }
 
-    void rectangle(double from, double to, double top, const std::string& style) {
+    // Behind the curves, up to `top` of a panel.
+    void rectangle(const FrameRange& frames, double top, const char* color,
+                   const std::string& border) {
         add(printed("set object rect from first %.1f, graph 0 to first %.1f, graph %g behind ",
-                    from - 0.5, to + 0.5, top) +
-            style + "\n");
+                    frames.first - 0.5, frames.last + 0.5, top) +
+            "fc rgb '" + color + "' fs solid" + border + "\n");
     }
 
-    // Each stays until the picture is complete, and so is drawn in every panel.
+    // Each stays until the picture is complete, and so is drawn in every panel; the later cover the
+    // earlier. A border is at least a line wide, however many frames share a pixel.
     void writeMarks() {
+        const auto borderOf = [](const char* color) {
+            return std::string(" border lc rgb '") + color + "'";
+        };
         for (const VideoWindow& window : mSession.videos()) {
-            rectangle(window.startSeen ? window.first : mPicture.frames.first,
-                      window.endSeen ? window.last : mPicture.frames.last, 1,
-                      std::string("fc rgb '") + kVideoColor + "' fs solid noborder");
+            rectangle({window.startSeen ? window.first : mPicture.frames.first,
+                       window.endSeen ? window.last : mPicture.frames.last},
+                      1, kVideoColor, " noborder");
         }
-        for (const FrameRange& gap : missingShown()) {
-            // A border is at least a line wide, however many frames share a pixel.
-            for (const auto& [top, color] : {std::pair(1.0, kMissingTint), {0.06, kMissingColor}}) {
-                rectangle(gap.first, gap.last, top,
-                          std::string("fc rgb '") + color + "' fs solid border lc rgb '" + color +
-                                  "'");
-            }
+        const std::vector<FrameRange> missing = missingShown();
+        for (const FrameRange& gap : missing) {
+            rectangle(gap, 1, kMissingTint, borderOf(kMissingTint));
         }
         for (const FrameRange& lost : lostShown()) {
-            for (uint64_t frame = lost.first; frame <= lost.last;
-                 frame += std::max(1U, lost.last - lost.first)) {
-                const std::string at = std::to_string(frame);
-                add("set arrow from first " + at + ", graph 0 to first " + at +
-                    ", graph 1 nohead back " + kLostLine + "\n");
+            rectangle(lost, 1, kLostColor, " noborder");
+            verticalLine(lost.first);
+            if (lost.last != lost.first) {
+                verticalLine(lost.last);
             }
         }
+        for (const FrameRange& gap : missing) {
+            rectangle(gap, kMissingStrip, kMissingColor, borderOf(kMissingColor));
+        }
+    }
+
+    void verticalLine(uint32_t frame) {
+        add(printed("set arrow from first %u, graph 0 to first %u, graph 1 nohead back ", frame,
+                    frame) +
+            kLostLine + "\n");
     }
 
     void writeFrameAxis() {
@@ -283,7 +318,7 @@ private:
         step = std::max(1.0, std::round(step));
         add(printed("set xrange [%.1f:%.1f]\n", frames.first - 0.5, frames.last + 0.5) +
             printed("set xtics %.0f, %.0f\n", std::ceil(frames.first / step) * step, step) +
-            "set grid lc rgb '#bdbdbd' lw 1 dt 1\nset style fill solid\n" +
+            "set grid lt 1 lw 1 lc rgb '#c8c8c8'\nset style fill solid\n" +
             printed("set lmargin at screen %.4f\nset rmargin at screen %.4f\n", kLeft / kWidth,
                     kRight / kWidth));
     }
@@ -295,13 +330,16 @@ private:
                     atHeight(top + mPanelHeight)) +
             printed("set key at screen %.4f, screen %.4f left top Left reverse samplen 2\n",
                     kKey / kWidth, atHeight(top)));
-        add("set ylabel " + quoted(panel.left.label) + "\nset yrange " +
-            rangeText(panel.left, mCurves));
+        const double leastPart = !mSession.measures() ? 0
+                                 : panel.isStepped()  ? kLeastPart
+                                                      : kLeastPartOfTimes;
+        add("set ylabel " + quoted(panel.left.label) + "\n" +
+            rangeText("y", panel.left, mCurves, leastPart));
         if (panel.right.curves.empty()) {
             add("unset y2tics\nunset y2label\nset ytics mirror\n");
         } else {
-            add("set ytics nomirror\nset y2tics\nset y2label " + quoted(panel.right.label) +
-                "\nset y2range " + rangeText(panel.right, mCurves));
+            add("set ytics nomirror\nset y2label " + quoted(panel.right.label) + "\n" +
+                rangeText("y2", panel.right, mCurves, leastPart));
         }
         const bool isLast = index + 1 == mPanels.size();
         add(isLast ? "set format x '%.0f'\nset xlabel 'frame'\n" : "set format x ''\n");
@@ -372,7 +410,7 @@ private:
     std::vector<Panel> mPanels;
     const SessionCurves& mSession;
     const PlotCurves& mCurves;
-    const std::vector<std::string> mHeader;
+    const std::vector<std::string> mAnswer;
     std::vector<std::string> mFooter;
     double mPanelHeight = 0;
     double mTop = 0;              // of the first panel
