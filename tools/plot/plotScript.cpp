@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <iterator>
+
+#include "tools/plot/axisCommands.h"
+#include "tools/plot/plotText.h"
 
 namespace vdrdump {
 namespace {
 
 constexpr char kMissingColor[] = "#d62728";
-constexpr char kMissingTint[] = "#fbdcdc";
+constexpr char kMissingTint[] = "#fde6e6";
 constexpr char kVideoColor[] = "#e3f1de";
 constexpr char kLostColor[] = "#ffdf80";
 constexpr char kLostLine[] = "dt 2 lw 1.5 lc rgb '#000000'";
@@ -26,110 +27,21 @@ constexpr double kHighestPanel = 300;
 constexpr double kBetween = 16;
 constexpr double kLine = 20;  // of text
 constexpr double kAnswerLine = 25;
-constexpr double kMissingStrip = 0.06;  // of a panel's height
+constexpr double kMissingStrip = 6;  // above a panel
 constexpr double kLeft = 88;
 constexpr double kRight = 1030;
 constexpr double kKey = 1135;
+constexpr double kLeftLabel = 12;
+constexpr double kRightLabel = 1112;
 
 constexpr size_t kLongestAnswer = 135;
-constexpr size_t kLongestLine = 165;  // characters
-constexpr size_t kLongestTitle = 36;  // of a curve
-constexpr double kMostIntegers = 8;   // on an axis that has a number at each
+constexpr size_t kLongestLine = 178;  // characters
+constexpr size_t kLongestTitle = 33;  // of a curve
 constexpr double kLeastPart = 0.05;
 constexpr double kLeastPartOfTimes = 0.2;
+constexpr double kMostOfLost = 0.03;    // of the frames on either side of a lost one
 constexpr uint32_t kFewFrames = 120;    // of which each gets a dot
 constexpr uint32_t kResolution = 1000;  // frames that are nearer to each other share a pixel
-
-std::string printed(const char* format, ...) __attribute__((format(printf, 1, 2)));
-std::string printed(const char* format, ...) {
-    char buffer[512];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(buffer, sizeof(buffer), format, arguments);
-    va_end(arguments);
-    return buffer;
-}
-
-// In single quotes gnuplot takes everything as it stands but the quote itself.
-std::string quoted(const std::string& text) {
-    std::string result = "'";
-    for (const char each : text) {
-        const bool isControl = static_cast<unsigned char>(each) < ' ' || each == '\x7f';
-        result += isControl ? '?' : each;
-        result += each == '\'' ? "'" : "";
-    }
-    return result + "'";
-}
-
-bool isInsideCharacter(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xc0) == 0x80;  // of UTF-8
-}
-
-// Cut where it would not fit beside the panels.
-std::string fitted(const std::string& text, size_t most) {
-    size_t characters = 0;
-    for (size_t i = 0; i < text.size(); ++i) {
-        characters += isInsideCharacter(text[i]) ? 0 : 1;
-        if (characters > most) {
-            return text.substr(0, i) + "...";
-        }
-    }
-    return text;
-}
-
-// Lines that fit onto the picture, broken at blanks.
-std::vector<std::string> wrapped(std::string text, size_t most) {
-    std::vector<std::string> lines;
-    while (text.size() > most) {
-        size_t end = text.rfind(' ', most);
-        if (end == std::string::npos || end == 0) {
-            end = most;
-            while (end > 1 && isInsideCharacter(text[end])) {
-                --end;
-            }
-        }
-        lines.push_back(text.substr(0, end));
-        text.erase(0, end + (text[end] == ' ' ? 1 : 0));
-    }
-    if (!text.empty()) {
-        lines.push_back(text);
-    }
-    return lines;
-}
-
-bool isOfIntegers(const Axis& axis) {
-    return std::all_of(axis.curves.begin(), axis.curves.end(), [](const Curve& curve) {
-        return curve.column != nullptr && curve.column->kind != Kind::F32 && curve.factor == 1;
-    });
-}
-
-// Where the axis starts and ends: close around its curves, hardly below 0 where they are not, and
-// over `leastPart` of their size, so that what hardly moves does not look as if it did.
-std::string rangeText(const std::string& name, const Axis& axis, const PlotCurves& curves,
-                      double leastPart) {
-    Range<double> all;
-    for (const Curve& curve : axis.curves) {
-        const Range<double> one = curves.rangeOf(curve.number);
-        if (!one.isEmpty()) {
-            all.add(one.low());
-            all.add(one.high());
-        }
-    }
-    if (all.isEmpty()) {
-        return "set " + name + "range [0:1]\n";
-    }
-    const double size = std::max(std::fabs(all.low()), std::fabs(all.high()));
-    const double span = all.high() - all.low();
-    const bool isOne = span <= 1e-9 * size;
-    const double room = isOne ? std::max(size * 0.1, 1.0)
-                              : std::max(span * 0.06, (leastPart * size - span) / 2);
-    const double high = all.high() + room;
-    const double lowest = all.low() >= 0 ? -0.02 * high : -INFINITY;
-    const double low = std::max(lowest, all.low() - room);
-    const bool hasFew = isOfIntegers(axis) && high - low < kMostIntegers;
-    return printed("set %srange [%.10g:%.10g]\nset %stics %s\n", name.c_str(), low, high,
-                   name.c_str(), hasFew ? "1" : "autofreq");
-}
 
 class Script {
 public:
@@ -185,7 +97,7 @@ private:
         for (const Panel& panel : mPanels) {
             for (const Axis* axis : {&panel.left, &panel.right}) {
                 for (const Curve& curve : axis->curves) {
-                    writeCurve(curve.number, panel.isStepped());
+                    writeCurve(curve, panel.isStepped());
                 }
             }
         }
@@ -193,24 +105,30 @@ private:
 
     // Runs of neighbours become lines, what stands alone points: a frame, its lowest, its highest.
     // A step is a line as long as it is level, so that its dashes show.
-    void writeCurve(size_t curve, bool isStepped) {
+    void writeCurve(const Curve& curve, bool isStepped) {
         std::string lines;
         std::string points;
-        for (const PlotCurves::Run& run : mCurves.runsOf(curve)) {
-            std::string& to = run.size() == 1 ? points : lines;
+        for (const PlotCurves::Run& run : mCurves.runsOf(curve.number)) {
+            const bool isLine = run.size() > 1 && !curve.isMark;
+            std::string& to = isLine ? lines : points;
             for (size_t i = 0; i < run.size(); ++i) {
                 const bool isLevel = isStepped && i != 0 && i + 1 < run.size() &&
                                      run[i].low == run[i - 1].low && run[i].high == run[i - 1].high;
                 to += isLevel ? ""
                               : printed("%u %.10g %.10g\n", run[i].frame, run[i].low, run[i].high);
             }
-            lines += run.size() == 1 ? "" : "\n";
+            if (isLine) {
+                const PlotCurves::Span& last = run.back();
+                lines += isStepped ? printed("%u.5 %.10g %.10g\n\n", last.lastFrame, last.low,
+                                             last.high)
+                                   : "\n";
+            }
         }
-        mHasLines.resize(std::max(mHasLines.size(), curve + 1));
+        mHasLines.resize(std::max(mHasLines.size(), curve.number + 1));
         mHasPoints.resize(mHasLines.size());
-        mHasLines[curve] = !lines.empty();
-        mHasPoints[curve] = !points.empty();
-        const std::string number = std::to_string(curve);
+        mHasLines[curve.number] = !lines.empty();
+        mHasPoints[curve.number] = !points.empty();
+        const std::string number = std::to_string(curve.number);
         add(lines.empty() ? "" : "$lines" + number + " << END\n" + lines + "END\n");
         add(points.empty() ? "" : "$points" + number + " << END\n" + points + "END\n");
     }
@@ -244,12 +162,17 @@ private:
         }
     }
 
+    std::optional<FrameRange> inPicture(const FrameRange& range) const {
+        const FrameRange shown{std::max(range.first, mPicture.frames.first),
+                               std::min(range.last, mPicture.frames.last)};
+        return shown.first <= shown.last ? std::optional(shown) : std::nullopt;
+    }
+
     std::vector<FrameRange> lostShown() const {
         std::vector<FrameRange> shown;
         for (const FrameRange& each : mPicture.lost) {
-            if (each.first <= mPicture.frames.last && each.last >= mPicture.frames.first) {
-                shown.push_back({std::max(each.first, mPicture.frames.first),
-                                 std::min(each.last, mPicture.frames.last)});
+            if (const auto part = inPicture(each)) {
+                shown.push_back(*part);
             }
         }
         return shown;
@@ -269,38 +192,41 @@ private:
         return shown;
     }
 
-    // Behind the curves, up to `top` of a panel.
-    void rectangle(const FrameRange& frames, double top, const char* color,
-                   const std::string& border) {
-        add(printed("set object rect from first %.1f, graph 0 to first %.1f, graph %g behind ",
-                    frames.first - 0.5, frames.last + 0.5, top) +
-            "fc rgb '" + color + "' fs solid" + border + "\n");
+    // Behind the curves; `low` and `high` as parts of a panel's height. The border is at least a
+    // line wide, however many frames share a pixel.
+    void rectangle(const FrameRange& frames, double halfFrame, double low, double high,
+                   const char* color, bool hasBorder) {
+        add(printed("set object rect from first %.3f, graph %.3f to first %.3f, graph %.3f noclip "
+                    "behind fc rgb '%s' fs solid ",
+                    frames.first - halfFrame, low, frames.last + halfFrame, high, color) +
+            (hasBorder ? std::string("border lc rgb '") + color + "'\n" : "noborder\n"));
     }
 
     // Each stays until the picture is complete, and so is drawn in every panel; the later cover the
-    // earlier. A border is at least a line wide, however many frames share a pixel.
+    // earlier.
     void writeMarks() {
-        const auto borderOf = [](const char* color) {
-            return std::string(" border lc rgb '") + color + "'";
-        };
+        const FrameRange& frames = mPicture.frames;
         for (const VideoWindow& window : mSession.videos()) {
-            rectangle({window.startSeen ? window.first : mPicture.frames.first,
-                       window.endSeen ? window.last : mPicture.frames.last},
-                      1, kVideoColor, " noborder");
+            const FrameRange video{window.startSeen ? window.first : frames.first,
+                                   window.endSeen ? window.last : frames.last};
+            if (const auto shown = inPicture(video)) {
+                rectangle(*shown, 0.5, 0, 1, kVideoColor, false);
+            }
         }
-        const std::vector<FrameRange> missing = missingShown();
-        for (const FrameRange& gap : missing) {
-            rectangle(gap, 1, kMissingTint, borderOf(kMissingTint));
+        const double strip = 1 + kMissingStrip / mPanelHeight;
+        for (const FrameRange& gap : missingShown()) {
+            rectangle(gap, 0.5, 0, 1, kMissingTint, true);
+            rectangle(gap, 0.5, 1, strip, kMissingColor, true);
         }
+        // Of few frames one would fill much of the picture.
+        const double halfFrame =
+                std::min(0.5, kMostOfLost * (static_cast<double>(frames.last) - frames.first + 1));
         for (const FrameRange& lost : lostShown()) {
-            rectangle(lost, 1, kLostColor, " noborder");
+            rectangle(lost, halfFrame, 0, 1, kLostColor, false);
             verticalLine(lost.first);
             if (lost.last != lost.first) {
                 verticalLine(lost.last);
             }
-        }
-        for (const FrameRange& gap : missing) {
-            rectangle(gap, kMissingStrip, kMissingColor, borderOf(kMissingColor));
         }
     }
 
@@ -333,13 +259,13 @@ private:
         const double leastPart = !mSession.measures() ? 0
                                  : panel.isStepped()  ? kLeastPart
                                                       : kLeastPartOfTimes;
-        add("set ylabel " + quoted(panel.left.label) + "\n" +
-            rangeText("y", panel.left, mCurves, leastPart));
+        writeLabel(panel.left.label, kLeftLabel);
+        add(axisCommands("y", panel.left, mCurves, leastPart));
         if (panel.right.curves.empty()) {
-            add("unset y2tics\nunset y2label\nset ytics mirror\n");
+            add("unset y2tics\nset ytics mirror\n");
         } else {
-            add("set ytics nomirror\nset y2label " + quoted(panel.right.label) + "\n" +
-                rangeText("y2", panel.right, mCurves, leastPart));
+            add("set ytics nomirror\n" + axisCommands("y2", panel.right, mCurves, leastPart));
+            writeLabel(panel.right.label, kRightLabel);
         }
         const bool isLast = index + 1 == mPanels.size();
         add(isLast ? "set format x '%.0f'\nset xlabel 'frame'\n" : "set format x ''\n");
@@ -351,8 +277,16 @@ private:
         for (const Curve& curve : panel.right.curves) {
             plotCurve(curve, panel, "x1y2", color++);
         }
-        add(index == 0 ? markTitles() + "\nunset label\n" : "\n");
+        add((index == 0 ? markTitles() : "") + "\nunset label\n");
     }
+
+    // In a place of its own, however long the numbers of the axis are.
+    void writeLabel(const std::string& label, double fromLeft) {
+        add("set label " + quoted(label) +
+            printed(" at screen %.4f, graph 0.5 center rotate by 90\n", fromLeft / kWidth));
+    }
+
+    bool isFew() const { return mPicture.frames.last - mPicture.frames.first < kFewFrames; }
 
     // What belongs to the axis on the right is dashed.
     void plotCurve(const Curve& curve, const Panel& panel, const std::string& axes, size_t color) {
@@ -371,18 +305,19 @@ private:
                 plot("$lines", "1:2:3", "filledcurves fs transparent solid 0.35");
                 add(" notitle");
             }
-            const bool hasDots =
-                    !panel.isStepped() && mPicture.frames.last - mPicture.frames.first < kFewFrames;
             plot("$lines", "1:3",
                  panel.isStepped() ? "steps"
-                 : hasDots         ? "linespoints pt 7 ps 0.3"
+                 : isFew()         ? "linespoints pt 7 ps 0.3"
                                    : "lines");
             add((isRight ? " dt '-'" : "") + (" lw 1.5" + key));
             key = " notitle";
         }
         if (mHasPoints[curve.number]) {
             for (const char* columns : {"1:3", "1:2"}) {
-                plot("$points", columns, "points pt 7 ps 0.5");
+                plot("$points", columns,
+                     curve.isMark ? "points pt 2 ps 1.4 lw 2"
+                     : isFew()    ? "points pt 7 ps 0.6"
+                                  : "points pt 7 ps 0.4");
                 add(key);
                 key = " notitle";
             }
