@@ -40,7 +40,7 @@ std::string axisCommands(const std::string& name, const Axis& axis, const PlotCu
     const double lowest = all.low() >= 0 ? -0.02 * high : -INFINITY;
     const double low = std::max(lowest, all.low() - room);
     const bool hasFew = isOfIntegers(axis) && high - low < kMostIntegers;
-    const char* const format = size < 1e6 ? "% h" : size < 1e8 ? "%.0f" : "%.1s%c";
+    const char* const format = size < 1e6 ? "% h" : size < 1e7 ? "%.0f" : "%.1s%c";
     return printed("set %srange [%.10g:%.10g]\nset %stics %s\nset format %s '%s'\n", name.c_str(),
                    low, high, name.c_str(), hasFew ? "1" : "autofreq", name.c_str(), format);
 }

@@ -14,6 +14,7 @@ constexpr char kMissingColor[] = "#d62728";
 constexpr char kMissingTint[] = "#fde6e6";
 constexpr char kVideoColor[] = "#e3f1de";
 constexpr char kLostColor[] = "#ffdf80";
+constexpr char kMarkColor[] = "#000000";
 constexpr char kLostLine[] = "dt 2 lw 1.5 lc rgb '#000000'";
 // Told apart by most colour-blind people, and in print.
 constexpr const char* kLineColors[] = {"#0072b2", "#e69f00", "#009e73", "#8c4b8c",
@@ -158,7 +159,7 @@ private:
             add("set label 'lost: " + which +
                 printed("' at first %.1f, screen %.4f center\n",
                         (static_cast<double>(lost.first) + lost.last) / 2,
-                        atHeight(mTop - 0.5 * kLine)));
+                        atHeight(mTop - 0.7 * kLine)));
         }
     }
 
@@ -293,7 +294,8 @@ private:
         const bool isRight = axes == "x1y2";
         const std::string number = std::to_string(curve.number);
         const std::string style =
-                std::string(" lc rgb '") + kLineColors[color % std::size(kLineColors)] + "'";
+                std::string(" lc rgb '") +
+                (curve.isMark ? kMarkColor : kLineColors[color % std::size(kLineColors)]) + "'";
         std::string key = " title " +
                           quoted(fitted(curve.title, kLongestTitle) + (isRight ? " (right)" : ""));
         const auto plot = [&](const char* data, const char* columns, const std::string& with) {
@@ -315,7 +317,7 @@ private:
         if (mHasPoints[curve.number]) {
             for (const char* columns : {"1:3", "1:2"}) {
                 plot("$points", columns,
-                     curve.isMark ? "points pt 2 ps 1.4 lw 2"
+                     curve.isMark ? "points pt 2 ps 1.4 lw 3"
                      : isFew()    ? "points pt 7 ps 0.6"
                                   : "points pt 7 ps 0.4");
                 add(key);
