@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <sstream>
 
 #include "tests/vdrdump/MadeSession.h"
@@ -216,9 +217,9 @@ TEST(Plot, AxesStartWhereTheDataDo) {
     EXPECT_EQ(drawing.commands("set xrange").front(), "set xrange [82.5:130.5]");
     EXPECT_EQ(drawing.commands("set xtics").front(), "set xtics 85, 5");
     for (const std::string& command : drawing.commands("set yrange")) {
-        double low = -1;
-        double high = 0;
-        ASSERT_EQ(std::sscanf(command.c_str(), "set yrange [%lf:%lf]", &low, &high), 2) << command;
+        const size_t from = command.find('[') + 1;
+        const double low = std::strtod(command.c_str() + from, nullptr);
+        const double high = std::strtod(command.c_str() + command.find(':') + 1, nullptr);
         EXPECT_GE(low, -0.05 * high) << command << ", and no value is below 0";
         EXPECT_LT(low, high) << command;
     }
@@ -294,6 +295,9 @@ TEST(Plot, MarksTheLossInEveryPanelAndSaysWhy) {
     const std::string png = folder.path("out.png");
     EXPECT_EQ(run({"plot", dump, "-o", png}).status, 0);
     EXPECT_EQ(contentsOf(png).substr(1, 3), "PNG");
+    // Nothing is known but that the frame is there.
+    ASSERT_EQ(run({"plot", "-", "-o", svg, "--lost", "1"}, binaryOf({frame(1)})).status, 0);
+    EXPECT_TRUE(contains(contentsOf(svg), "lost: 1") && contains(contentsOf(svg), "left out"));
 }
 
 TEST(Plot, DrawsTheChosenSessionFramesAndFields) {

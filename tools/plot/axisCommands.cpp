@@ -29,7 +29,7 @@ std::string axisCommands(const std::string& name, const Axis& axis, const PlotCu
         }
     }
     if (all.isEmpty()) {
-        return "set " + name + "range [0:1]\n";
+        return "set " + name + "range [0:1]\nunset " + name + "tics\n";
     }
     const double size = std::max(std::fabs(all.low()), std::fabs(all.high()));
     const double span = all.high() - all.low();

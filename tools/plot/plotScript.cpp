@@ -38,12 +38,14 @@ constexpr double kRightLabel = 1112;
 constexpr size_t kLongestAnswer = 135;
 constexpr size_t kLongestLine = 178;  // characters
 constexpr size_t kLongestTitle = 33;  // of a curve
+// An axis spans at least that part of its values: less is noise, and times have more of it.
 constexpr double kLeastPart = 0.05;
 constexpr double kLeastPartOfTimes = 0.2;
 constexpr double kMostOfLost = 0.03;    // of the frames on either side of a lost one
-constexpr uint32_t kFewFrames = 120;    // of which each gets a dot
+constexpr double kFewFrames = 120;      // of which each gets a dot
 constexpr uint32_t kResolution = 1000;  // frames that are nearer to each other share a pixel
 
+// Lays the picture out and writes its script from top to bottom, once.
 class Script {
 public:
     Script(const Picture& picture, const PanelChoice& choice, const SessionCurves& session)
@@ -169,6 +171,18 @@ private:
         return shown.first <= shown.last ? std::optional(shown) : std::nullopt;
     }
 
+    std::vector<FrameRange> videosShown() const {
+        std::vector<FrameRange> shown;
+        for (const VideoWindow& window : mSession.videos()) {
+            const auto part = inPicture({window.startSeen ? window.first : mPicture.frames.first,
+                                         window.endSeen ? window.last : mPicture.frames.last});
+            if (part) {
+                shown.push_back(*part);
+            }
+        }
+        return shown;
+    }
+
     std::vector<FrameRange> lostShown() const {
         std::vector<FrameRange> shown;
         for (const FrameRange& each : mPicture.lost) {
@@ -206,13 +220,8 @@ private:
     // Each stays until the picture is complete, and so is drawn in every panel; the later cover the
     // earlier.
     void writeMarks() {
-        const FrameRange& frames = mPicture.frames;
-        for (const VideoWindow& window : mSession.videos()) {
-            const FrameRange video{window.startSeen ? window.first : frames.first,
-                                   window.endSeen ? window.last : frames.last};
-            if (const auto shown = inPicture(video)) {
-                rectangle(*shown, 0.5, 0, 1, kVideoColor, false);
-            }
+        for (const FrameRange& video : videosShown()) {
+            rectangle(video, 0.5, 0, 1, kVideoColor, false);
         }
         const double strip = 1 + kMissingStrip / mPanelHeight;
         for (const FrameRange& gap : missingShown()) {
@@ -220,8 +229,7 @@ private:
             rectangle(gap, 0.5, 1, strip, kMissingColor, true);
         }
         // Of few frames one would fill much of the picture.
-        const double halfFrame =
-                std::min(0.5, kMostOfLost * (static_cast<double>(frames.last) - frames.first + 1));
+        const double halfFrame = std::min(0.5, kMostOfLost * frameCount());
         for (const FrameRange& lost : lostShown()) {
             rectangle(lost, halfFrame, 0, 1, kLostColor, false);
             verticalLine(lost.first);
@@ -239,7 +247,7 @@ private:
 
     void writeFrameAxis() {
         const FrameRange& frames = mPicture.frames;
-        const double count = static_cast<double>(frames.last) - frames.first + 1;
+        const double count = frameCount();
         double step = std::pow(10, std::floor(std::log10(count)));
         step *= count / step > 5 ? 1 : count / step > 2 ? 0.5 : 0.2;
         step = std::max(1.0, std::round(step));
@@ -261,13 +269,13 @@ private:
                                  : panel.isStepped()  ? kLeastPart
                                                       : kLeastPartOfTimes;
         writeLabel(panel.left.label, kLeftLabel);
-        add(axisCommands("y", panel.left, mCurves, leastPart));
         if (panel.right.curves.empty()) {
             add("unset y2tics\nset ytics mirror\n");
         } else {
             add("set ytics nomirror\n" + axisCommands("y2", panel.right, mCurves, leastPart));
             writeLabel(panel.right.label, kRightLabel);
         }
+        add(axisCommands("y", panel.left, mCurves, leastPart));
         const bool isLast = index + 1 == mPanels.size();
         add(isLast ? "set format x '%.0f'\nset xlabel 'frame'\n" : "set format x ''\n");
         add("plot NaN notitle");
@@ -287,7 +295,11 @@ private:
             printed(" at screen %.4f, graph 0.5 center rotate by 90\n", fromLeft / kWidth));
     }
 
-    bool isFew() const { return mPicture.frames.last - mPicture.frames.first < kFewFrames; }
+    double frameCount() const {
+        return static_cast<double>(mPicture.frames.last) - mPicture.frames.first + 1;
+    }
+
+    bool isFew() const { return frameCount() <= kFewFrames; }
 
     // What belongs to the axis on the right is dashed.
     void plotCurve(const Curve& curve, const Panel& panel, const std::string& axes, size_t color) {
@@ -329,7 +341,7 @@ private:
     // Of what the picture has.
     std::string markTitles() const {
         std::string titles;
-        if (!mSession.videos().empty()) {
+        if (!videosShown().empty()) {
             titles += std::string(", NaN with boxes lc rgb '") + kVideoColor +
                       "' fs solid noborder title 'video recording'";
         }
