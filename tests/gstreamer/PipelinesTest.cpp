@@ -72,6 +72,14 @@ TEST_F(PipelinesTest, NothingIsLost_EveryFrameIsRecordedWithEveryElement) {
              "videotestsrc capsfilter videorate capsfilter videoconvert sink", 40},
             {"branches", SOURCE "! tee name=t ! queue ! fakesink t. ! queue ! jpegenc ! fakesink",
              "videotestsrc capsfilter t queue queue", 40},
+            {"beside sound that ends earlier",
+             SOURCE "! multiqueue name=q ! fakesink name=sink "
+                    "audiotestsrc num-buffers=5 ! audio/x-raw,rate=8000 ! q. "
+                    "q. ! fakesink sync=true",
+             "videotestsrc capsfilter q sink", 40},
+            {"two cameras side by side",
+             SOURCE "! multiqueue name=q ! fakesink " SOURCE "! q. q. ! fakesink",
+             "videotestsrc capsfilter q fakesink", 80},
             {"no times, other memory",
              "fakesrc num-buffers=40 sizetype=fixed sizemax=4608 ! "
              "video/x-raw,format=I420,width=64,height=48,framerate=30/1 ! videoconvert ! "
