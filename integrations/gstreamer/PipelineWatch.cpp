@@ -204,6 +204,9 @@ void PipelineWatch::padChainPre(uint64_t now, GstPad* pad, GstBuffer* buffer) {
     const uint64_t queuedAt = calls.pushedAt(now);
     const NodeIndex node = state->place.node;
     const ThreadCalls::Call& call = calls.chain(pad, node, buffer, now);
+    if (call.isOfList) {
+        return;
+    }
     for (size_t i = 0; i < call.count; ++i) {
         const ThreadCalls::Pushed& pushed = calls.pushed(call, i);
         mFlow.arrive(node, pushed.frame, pushed.mark, queuedAt, now);
@@ -216,8 +219,9 @@ void PipelineWatch::padChainPost(uint64_t now, GstPad* pad, GstFlowReturn result
     if (call == nullptr) {
         return;
     }
-    const uint64_t workTime = now - call->since - call->elsewhere;
-    for (size_t i = 0; i < call->count; ++i) {
+    const size_t count = call->isOfList ? 0 : call->count;
+    for (size_t i = 0; i < count; ++i) {
+        const uint64_t workTime = (now - call->since - call->elsewhere) / count;
         mFlow.callReturned(call->node, calls.pushed(*call, i).frame,
                            {now, workTime, outcomeOf(result)});
     }

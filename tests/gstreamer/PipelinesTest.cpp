@@ -63,6 +63,11 @@ TEST_F(PipelinesTest, NothingIsLost_EveryFrameIsRecordedWithEveryElement) {
              "videotestsrc capsfilter jpegenc jpegdec sink", 40},
             {"a muxer", SOURCE "! jpegenc ! matroskamux ! fakesink name=sink",
              "videotestsrc capsfilter jpegenc matroskamux sink", 40},
+            {"pieces of frames",
+             SOURCE "! x264enc sliced-threads=true threads=4 ! h264parse ! "
+                    "video/x-h264,alignment=nal,stream-format=byte-stream ! queue ! "
+                    "fakesink name=sink",
+             "videotestsrc capsfilter x264enc h264parse capsfilter queue sink", 40},
             {"packets, several of a frame",
              SOURCE "! x264enc ! rtph264pay mtu=100 ! fakesink name=sink",
              "videotestsrc capsfilter x264enc rtph264pay sink", 40},
