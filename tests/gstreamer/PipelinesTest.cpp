@@ -180,6 +180,18 @@ TEST_F(PipelinesTest, StoppedInMidStream_WhatIsUnderWayIsRecordedAndNoLoss) {
     EXPECT_EQ(newlyLost(), 0U);
 }
 
+TEST_F(PipelinesTest, PlayedAgain_IsRecordedFromTheFirstNumberAgain) {
+    TracedPipeline pipeline(SOURCE "! queue ! fakesink name=sink");
+    for (int round = 0; round < 2; ++round) {
+        traced::forget();
+        ASSERT_TRUE(pipeline.runsToItsEnd());
+        pipeline.setState(GST_STATE_READY);
+        expectWholeFrames(traced::records(), 40, traced::records().at(0).path());
+        EXPECT_EQ(traced::records().at(0).nodes.back().name, "sink");
+    }
+    EXPECT_EQ(newlyLost(), 0U);
+}
+
 TEST_F(PipelinesTest, TwoAtOnce_TheSecondGetsALineInTheLogAndNothing) {
     const uint64_t before = traced::statistic("pipelines");
     Gate running;
