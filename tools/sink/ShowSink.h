@@ -22,9 +22,6 @@ public:
     bool isDone() const override { return mOutput.hasFailed(); }
 
 private:
-    void showColumn(const Column& column, const Record& record);
-    void showArray(const ArrayField& array, const Record& record);
-
     const FieldChoice mFields;
     Output mOutput;
     std::string mPath;
