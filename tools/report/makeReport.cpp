@@ -162,10 +162,11 @@ private:
         FrameRange near =
                 findings == nullptr ? all : framesAround(findings->lost, kCloseUp, kCloseUp);
         near = {std::max(near.first, all.first), std::min(near.last, all.last)};
-        std::string html = timeline(history, near, findings);
+        std::string html = "<h3>Nodes, frames " + framesText(near) + "</h3>\n" +
+                           timeline(history, near, findings);
         if (near.first != all.first || near.last != all.last) {
-            html += "<details class=\"more\"><summary>Frames " + framesText(all) + "</summary>\n" +
-                    timeline(history, all, findings) + "</details>\n";
+            html += "<details class=\"more\"><summary>Nodes, frames " + framesText(all) +
+                    "</summary>\n" + timeline(history, all, findings) + "</details>\n";
         }
         const PanelsHtml panels =
                 panelsHtml(*history, all, findings, mNames, "p" + std::to_string(++mPictures),
@@ -187,8 +188,8 @@ private:
             return "<p class=\"note\">The records have no stamps from which to draw what nodes "
                    "did.</p>\n";
         }
-        return "<h3>Nodes, frames " + framesText(range) + "</h3>\n<figure class=\"wide\">\n" + svg +
-               "</figure>\n" + legend(drawn, findings != nullptr);
+        return "<figure class=\"wide\">\n" + svg + "</figure>\n" +
+               legend(drawn, findings != nullptr);
     }
 
     static std::string legend(const Timeline& timeline, bool hasLoss) {

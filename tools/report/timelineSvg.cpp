@@ -85,15 +85,14 @@ public:
         for (size_t i = 0; i < mTimeline.rows.size(); ++i) {
             addRow(mTimeline.rows[i], mLabels[i]);
         }
-        std::string behind;
-        addAxis(top, behind);
-        addLossLines(top, behind);
+        addAxis(top);
+        addLossLines(top);
         addWay();
         return "<svg class=\"timeline\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 1000 " +
                decimal(mY) +
                "\" role=\"img\" aria-label=\"What nodes did with each frame, over "
                "time\">\n" +
-               behind + mFront + "</svg>\n";
+               mBehind + mFront + "</svg>\n";
     }
 
 private:
@@ -171,9 +170,9 @@ private:
     void addRow(const Row& row, const std::string& label) {
         const double lane = row.lanes <= 1 ? 16 : row.lanes <= 3 ? 13 : 9;
         const double height = static_cast<double>(row.lanes) * lane;
-        mFront += "<g class=\"node\"><title>node " + htmlText(label) + "</title>\n" +
-                  rectangle("row", mLeft, kRight, mY, height) + "\n" +
-                  words("label", 0, mY + lane / 2 + 4, shortened(label, kLongestLabel)) + "</g>\n";
+        mBehind += "<g class=\"node\"><title>node " + htmlText(label) + "</title>\n" +
+                   rectangle("row", mLeft, kRight, mY, height) + "\n" +
+                   words("label", 0, mY + lane / 2 + 4, shortened(label, kLongestLabel)) + "</g>\n";
         for (const Bar& bar : row.bars) {
             addBar(row, bar, label, mY + static_cast<double>(bar.lane) * lane, lane - 1);
         }
@@ -243,12 +242,12 @@ private:
                                        : "");
     }
 
-    void addAxis(double top, std::string& behind) {
+    void addAxis(double top) {
         const double step = stepOf(mTimeline.to - mTimeline.from);
         for (double time = std::ceil(mTimeline.from / step) * step; time <= mTimeline.to;
              time += step) {
             const double at = x(time);
-            behind += line("grid", at, top + kLine, at, mY);
+            mBehind += line("grid", at, top + kLine, at, mY);
             char text[64];
             std::snprintf(text, sizeof(text), "%.*f", step < 1 ? 1 : 0, time + 0.0);
             mFront += words("tick", at, mY + 12, text + std::string(unit()));
@@ -256,12 +255,12 @@ private:
         mY += kLine;
     }
 
-    void addLossLines(double top, std::string& behind) const {
+    void addLossLines(double top) {
         for (const Timeline::Arrival& arrival : mTimeline.arrivals) {
             if (isLost(arrival.frame) || !arrival.hasRecord) {
                 const double at = x(arrival.time);
-                behind += line(isLost(arrival.frame) ? "lost" : "missing", at, top + kLine, at,
-                               mY - kLine);
+                mBehind += line(isLost(arrival.frame) ? "lost" : "missing", at, top + kLine, at,
+                                mY - kLine);
             }
         }
     }
@@ -298,6 +297,7 @@ private:
     double mLeft = 60;
     double mY = 2;
     double mArrivals = 0;
+    std::string mBehind;
     std::string mFront;
     std::vector<Passage> mWay;
 };
