@@ -25,7 +25,7 @@ struct CommandLine {
     Format format = Format::Csv;
     std::string output = "-";
     std::string log;                 // explain, report
-    std::string names;               // explain, report, export
+    std::string names;               // explain, report, show, export, plot
     std::vector<std::string> words;  // all of it, as it was typed
 
     // False when there is nothing left to do: help was asked for or the usage is wrong, which has

@@ -177,7 +177,7 @@ private:
     }
 
     std::string timeline(const History& history, FrameRange range, const Findings* findings) {
-        range.last = std::min(range.last, range.first + kMostInTimeline - 1);
+        range.last = range.first + std::min(range.last - range.first, kMostInTimeline - 1);
         const StampClocks clocks =
                 findings == nullptr ? clocksOf(history->frames) : findings->clocks;
         const Timeline drawn =

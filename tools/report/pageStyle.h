@@ -38,7 +38,10 @@ pre {
 table { border-collapse: collapse; width: 100%; }
 th, td { text-align: left; vertical-align: top; padding: 3px 0; overflow-wrap: anywhere; }
 tr + tr > * { border-top: 1px solid var(--line); }
-th { font-weight: 600; white-space: nowrap; padding-right: 20px; width: 1%; color: var(--soft); }
+th {
+  font-weight: 600; white-space: nowrap; overflow-wrap: normal; padding-right: 20px; width: 1%;
+  color: var(--soft);
+}
 section.loss + section.loss { border-top: 3px double var(--line); margin-top: 40px; }
 figure { margin: 10px 0; }
 .wide { overflow-x: auto; }
@@ -66,7 +69,7 @@ details.record.lost > summary { color: var(--lost); font-weight: 600; }
 .timeline .f2 rect { fill: var(--f2); }
 .timeline .f3 rect { fill: var(--f3); }
 .timeline .bar.lost rect { fill: var(--lost); }
-.timeline .out .work { stroke: var(--text); stroke-width: 1.5; }
+.timeline .bar .out { stroke: var(--text); stroke-width: 1.5; }
 .timeline .bar text { fill: var(--number); }
 .timeline .bar.lost text { fill: #ffffff; font-weight: 700; }
 .timeline .stuck { stroke: var(--text); stroke-width: 2; fill: none; }
@@ -74,7 +77,7 @@ details.record.lost > summary { color: var(--lost); font-weight: 600; }
 @media (max-width: 640px) {
   main { padding: 14px 12px 28px; }
   h1 { font-size: 20px; }
-  th { width: 6.5em; white-space: normal; padding-right: 10px; }
+  th { white-space: normal; padding-right: 10px; }
 }
 @page { margin: 14mm; }
 @media print {

@@ -67,13 +67,13 @@ private:
 };
 
 std::string recordHtml(uint32_t frame, const Record& record, const RecordList& list,
-                       const FrameWords& words) {
+                       const FrameWords& words, const NodeNames& names) {
     const bool isLost = isIn(list.lost, frame);
     const std::string number = std::to_string(frame);
     return std::string("<details class=\"record") + (isLost ? " lost" : "") + "\" id=\"" +
            list.anchor + number + "\"><summary>frame " + number + (isLost ? ", lost" : "") +
            (record.isWhole() ? "" : ", damaged") + htmlText(words.of(frame)) + "</summary><pre>" +
-           htmlText(knownText(record)) + "</pre></details>\n";
+           htmlText(knownText(record, names)) + "</pre></details>\n";
 }
 
 }  // namespace
@@ -84,7 +84,7 @@ std::string recordsHtml(const RecordList& list, const NodeNames& names) {
     size_t count = 0;
     for (const auto& [frame, stored] : list.history->frames) {
         if (isIn(list.ranges, frame) && ++count <= kMost) {
-            html += recordHtml(frame, stored->view(), list, words);
+            html += recordHtml(frame, stored->view(), list, words, names);
         }
     }
     if (count == 0) {

@@ -31,10 +31,9 @@ std::string attribute(const char* name, double value) {
     return std::string(" ") + name + "=\"" + decimal(value) + "\"";
 }
 
-std::string rectangle(const char* kind, double from, double to, double top, double height) {
-    return std::string("<rect class=\"") + kind + "\"" + attribute("x", from) +
-           attribute("y", top) + attribute("width", std::max(kThinnest, to - from)) +
-           attribute("height", height) + "/>";
+std::string rectangle(const std::string& kind, double from, double to, double top, double height) {
+    return "<rect class=\"" + kind + "\"" + attribute("x", from) + attribute("y", top) +
+           attribute("width", std::max(kThinnest, to - from)) + attribute("height", height) + "/>";
 }
 
 std::string line(const char* kind, double fromX, double fromY, double toX, double toY) {
@@ -182,28 +181,33 @@ private:
     void addBar(const Row& row, const Bar& bar, const std::string& label, double top,
                 double height) {
         const double middle = top + height / 2;
-        const bool isStuckHere = mFindings != nullptr && mFindings->stuck &&
-                                 mFindings->stuck->frame == bar.frame &&
-                                 mFindings->stuck->node == row.node;
+        const auto part = [&](const char* kind, Quantity quantity, double from, double to,
+                              double thickness) {
+            const bool isOut = standsOut(quantity, row.node, bar.frame);
+            mFront += rectangle(isOut ? std::string(kind) + " out" : kind, from, to,
+                                middle - thickness / 2, thickness);
+        };
+        const bool isWorkedOn = bar.started || bar.finished || bar.handedOn;
+        const double end = x(bar.last());
+        const double from = x(bar.started ? *bar.started : bar.first());
+        const double to = bar.finished ? x(*bar.finished) : end;
         mFront += "<a href=\"#" + mAnchor + std::to_string(bar.frame) + "\"><g class=\"bar " +
                   (isLost(bar.frame) ? "lost" : "f" + std::to_string(bar.frame % kTints)) +
-                  (standsOut(row.node, bar.frame) ? " out" : "") + "\"><title>" +
-                  htmlText(hover(bar, label)) + "</title>";
-        if (bar.queued && bar.started) {
-            mFront += rectangle("wait", x(*bar.queued), x(*bar.started), middle - 1.5, 3);
+                  "\"><title>" + htmlText(hover(bar, label)) + "</title>";
+        if (bar.queued && (bar.started || !isWorkedOn)) {
+            part("wait", Quantity::NodeWait, x(*bar.queued), from, 3);
         }
-        const double from = x(bar.started ? *bar.started : bar.first());
-        const double to = x(bar.finished ? *bar.finished : bar.last());
-        mFront += rectangle("work", from, to, top, height);
+        if (isWorkedOn) {
+            part("work", Quantity::NodeWork, from, to, height);
+        }
         if (bar.finished && bar.handedOn) {
-            mFront += rectangle("hand", to, x(*bar.handedOn), middle - height / 4, height / 2);
+            part("hand", Quantity::NodeHandOn, to, end, height / 2);
         }
         const std::string number = std::to_string(bar.frame);
         if (height >= 12 && to - from > static_cast<double>(number.size()) * kCharacter + 3) {
             mFront += words("number", (from + to) / 2, middle + 4, number);
         }
-        const double end = x(bar.last());
-        if (isStuckHere) {
+        if (isStuckAt(row.node, bar.frame)) {
             mFront += "<path class=\"stuck\" d=\"M" + decimal(end + 3) + " " + decimal(middle - 4) +
                       "l8 8m0-8l-8 8\"/>";
         }
@@ -213,15 +217,17 @@ private:
         }
     }
 
-    bool standsOut(const NodeIds& node, uint32_t frame) const {
+    bool isStuckAt(const NodeIds& node, uint32_t frame) const {
+        return mFindings != nullptr && mFindings->stuck && mFindings->stuck->frame == frame &&
+               mFindings->stuck->node == node;
+    }
+
+    bool standsOut(Quantity quantity, const NodeIds& node, uint32_t frame) const {
         return mFindings != nullptr &&
                std::any_of(mFindings->standsOut.begin(), mFindings->standsOut.end(),
                            [&](const Comparison& each) {
-                               const Quantity quantity = each.subject.quantity;
-                               const bool isOfNode = quantity == Quantity::NodeWait ||
-                                                     quantity == Quantity::NodeWork ||
-                                                     quantity == Quantity::NodeHandOn;
-                               return isOfNode && each.subject.node == node && each.frame == frame;
+                               return each.subject.quantity == quantity &&
+                                      each.subject.node == node && each.frame == frame;
                            });
     }
 

@@ -12,7 +12,7 @@ void ShowSink::add(const Record& record) {
                    (record.isMisnumbered ? " (damaged)" : "") + ": session " +
                    std::to_string(record.session) + ", record " + std::to_string(record.index) +
                    ", offset " + std::to_string(record.offset) + "\n" +
-                   recordText(record, mFields) + "\n");
+                   recordText(record, mFields, mNames) + "\n");
 }
 
 bool ShowSink::finish() {

@@ -39,7 +39,17 @@ std::string columnLine(const Column& column, const Record& record) {
            "\n";
 }
 
-std::string arrayLines(const ArrayField& array, const Record& record, const FieldChoice& fields) {
+// Of a node that the user has named; empty of any other element.
+std::string nameOf(const ArrayField& array, const uint8_t* element, const NodeNames& names) {
+    if (&array != &kNodes) {
+        return "";
+    }
+    const auto node = valueAt<vdr2::NodeInfo>(element);
+    return names.find({node.ids[0], node.ids[1], node.ids[2]});
+}
+
+std::string arrayLines(const ArrayField& array, const Record& record, const FieldChoice& fields,
+                       const NodeNames& names) {
     std::string text;
     const size_t count = record.elements(array);
     for (size_t i = 0; i < count; ++i) {
@@ -50,6 +60,10 @@ std::string arrayLines(const ArrayField& array, const Record& record, const Fiel
         const uint8_t* at = record.bytes + array.offset + i * array.elementSize;
         text += "  " + padded(std::string(array.name) + "[" + std::to_string(i) + "]");
         const char* separator = "";
+        if (const std::string name = nameOf(array, at, names); !name.empty()) {
+            text += name;
+            separator = ", ";
+        }
         for (size_t column = 0; column < array.columnCount; ++column) {
             const Column& each = array.columns[column];
             if ((columns >> column & 1) != 0) {
@@ -71,25 +85,25 @@ bool isZero(const Column& column, const Record& record) {
 
 }  // namespace
 
-std::string recordText(const Record& record, const FieldChoice& fields) {
+std::string recordText(const Record& record, const FieldChoice& fields, const NodeNames& names) {
     std::string text;
     for (size_t i = 1; i < std::size(kItems); ++i) {
         const Item& item = kItems[i];
         if (fields.wants(i)) {
-            text += item.array != nullptr ? arrayLines(*item.array, record, fields)
+            text += item.array != nullptr ? arrayLines(*item.array, record, fields, names)
                                           : columnLine(item.column, record);
         }
     }
     return text;
 }
 
-std::string knownText(const Record& record) {
+std::string knownText(const Record& record, const NodeNames& names) {
     const FieldChoice all;
     std::string text;
     for (size_t i = 1; i < std::size(kItems); ++i) {
         const Item& item = kItems[i];
         if (item.array != nullptr) {
-            text += arrayLines(*item.array, record, all);
+            text += arrayLines(*item.array, record, all, names);
         } else if (!isZero(item.column, record)) {
             text += columnLine(item.column, record);
         }
