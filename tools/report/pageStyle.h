@@ -47,6 +47,7 @@ figure { margin: 10px 0; }
 .wide { overflow-x: auto; }
 .wide > svg { display: block; width: 100%; min-width: 760px; height: auto; }
 .panels { background: #ffffff; color: #000000; border-radius: 6px; }
+.record pre { white-space: pre; overflow-x: auto; scroll-margin-top: 40px; }
 summary { cursor: pointer; padding: 3px 0; }
 details.records > summary, details.more > summary { font-weight: 600; }
 details.record { border-top: 1px solid var(--line); margin-left: 18px; }
@@ -86,8 +87,11 @@ details.record.lost > summary { color: var(--lost); font-weight: 600; }
   h1 { font-size: 15pt; }
   h2 { font-size: 12pt; margin-top: 14pt; }
   h2, h3 { break-after: avoid; }
+  .note { font-size: 8.5pt; }
   code, pre { font-size: 8pt; }
-  figure, tr { break-inside: avoid; }
+  .record pre { white-space: pre-wrap; }
+  figure, tr, footer { break-inside: avoid; }
+  details.more:not([open]), section:has(> details.records:not([open])) { display: none; }
   .wide { overflow: visible; }
   .wide > svg { min-width: 0; max-height: 240mm; }
   section.loss + section.loss { break-before: page; border-top: none; }

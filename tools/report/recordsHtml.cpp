@@ -66,13 +66,14 @@ private:
     Findings mFindings;  // of which only the clocks are known
 };
 
+// A link to what is folded unfolds all around it.
 std::string recordHtml(uint32_t frame, const Record& record, const RecordList& list,
                        const FrameWords& words, const NodeNames& names) {
     const bool isLost = isIn(list.lost, frame);
     const std::string number = std::to_string(frame);
-    return std::string("<details class=\"record") + (isLost ? " lost" : "") + "\" id=\"" +
-           list.anchor + number + "\"><summary>frame " + number + (isLost ? ", lost" : "") +
-           (record.isWhole() ? "" : ", damaged") + htmlText(words.of(frame)) + "</summary><pre>" +
+    return std::string("<details class=\"record") + (isLost ? " lost" : "") + "\"><summary>frame " +
+           number + (isLost ? ", lost" : "") + (record.isWhole() ? "" : ", damaged") +
+           htmlText(words.of(frame)) + "</summary><pre id=\"" + list.anchor + number + "\">" +
            htmlText(knownText(record, names)) + "</pre></details>\n";
 }
 
