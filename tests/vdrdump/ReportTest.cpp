@@ -174,10 +174,7 @@ TEST(InlineSvg, NamesItsPartsAndLetsNothingElseIn) {
     const std::string file = R"svg(<?xml version="1.0"?><!DOCTYPE svg>
 <svg xmlns="http://www.w3.org/2000/svg"><title>Gnuplot</title>
 <desc>Produced by GNUPLOT 5.4 patchlevel 4 </desc><!-- <b> --><defs><circle id='dot'/></defs>
-<use xlink:href='#dot'/><g fill="url(#dot)" > <text> &
-                             amp;
-    &bogus;
-    &#64; id="dot"</text></g></svg>
+<use xlink:href='#dot'/><g fill="url(#dot)"><text>&amp;&bogus;&#64; id="dot"</text></g></svg>
 )svg";
     EXPECT_EQ(inlineSvg(file, "p1-"), R"svg(<svg xmlns="http://www.w3.org/2000/svg">
 <defs><circle id='p1-dot'/></defs>

@@ -24,7 +24,8 @@ constexpr std::string_view kNameStarts[] = {" id=\"", " id='",  "href=\"#", "hre
 bool isKnown(std::string_view tag) {
     tag.remove_prefix(std::min<size_t>(tag.size(), tag.substr(0, 2) == "</" ? 2 : 1));
     const std::string_view name = tag.substr(0, tag.find_first_of(" \t\r\n/>"));
-    return std::find(std::begin(kElements), std::end(kElements), name) != std::end(kElements);
+    return tag.find('<') == std::string_view::npos &&
+           std::find(std::begin(kElements), std::end(kElements), name) != std::end(kElements);
 }
 
 std::string withPrefix(std::string_view tag, const std::string& prefix) {
@@ -90,7 +91,7 @@ size_t passBy(const std::string& svg, size_t at) {
 std::string inlineSvg(const std::string& svg, const std::string& prefix) {
     const size_t begin = svg.find("<svg");
     const size_t end = svg.rfind("</svg>");
-    if (begin == std::string::npos || end == std::string::npos) {
+    if (begin == std::string::npos || end == std::string::npos || end < begin) {
         return "";
     }
     std::string result;
