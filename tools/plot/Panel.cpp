@@ -11,7 +11,7 @@ constexpr double kMiB = 1.0 / 1024;
 constexpr std::string_view kStatusField = "sysStatusInfo";
 
 Curve curve(const char* title, size_t offset, double factor = 1) {
-    return {title, 0, columnAt(offset), factor};
+    return {title, 0, columnAt(offset), factor, false};
 }
 
 std::vector<Panel> devicePanels() {
@@ -33,7 +33,7 @@ std::vector<Panel> devicePanels() {
              {"memory, MiB",
               {curve("free memory", kStatus + offsetof(Status, memFree), kMiB),
                curve("available memory", kStatus + offsetof(Status, memAvailable), kMiB)}},
-             {"of captures, as stated",
+             {"captures, as stated",
               {curve("memory of captures", kStatus + offsetof(Status, usedMem))}}},
             {Kind::Sampled,
              {"temperature, as stated",
@@ -89,8 +89,8 @@ std::vector<Panel> fieldPanels(const FieldChoice& fields) {
         }
         const std::string name = column.name;
         const std::string prefix = field + "_";
-        curves.push_back(
-                {name.rfind(prefix, 0) == 0 ? name.substr(prefix.size()) : name, 0, &column, 1});
+        curves.push_back({name.rfind(prefix, 0) == 0 ? name.substr(prefix.size()) : name, 0,
+                          &column, 1, false});
     }
     close();
     return panels;

@@ -13,6 +13,7 @@ struct Curve {
     size_t number = 0;               // among those of the session
     const Column* column = nullptr;  // where it comes from; null for what frames took
     double factor = 1;               // makes of the dump's unit that of the axis
+    bool isMark = false;             // crosses, whose height tells nothing
 };
 
 struct Axis {

@@ -105,6 +105,12 @@ double PlotCurves::medianOf(size_t curve) const {
     return median(std::move(values));
 }
 
+size_t PlotCurves::pointsOf(size_t curve) const {
+    return static_cast<size_t>(std::count_if(
+            mPoints.begin(), mPoints.end(),
+            [curve](const Point& point) { return !std::isnan(valueOf(point, curve).low); }));
+}
+
 // Of points that stand for many frames a gap that is shorter than they are breaks nothing.
 std::vector<PlotCurves::Run> PlotCurves::runsOf(size_t curve) const {
     std::vector<Run> runs;

@@ -45,6 +45,7 @@ public:
 
     Range<double> rangeOf(size_t curve) const;
     double medianOf(size_t curve) const;
+    size_t pointsOf(size_t curve) const;  // at which it is known
     std::vector<Run> runsOf(size_t curve) const;
 
 private:

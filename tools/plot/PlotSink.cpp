@@ -91,9 +91,9 @@ Picture PlotSink::picture() const {
     }
     const uint64_t count = uint64_t{picture.frames.last} - picture.frames.first + 1;
     const uint64_t missing = count - std::min(count, mCurves->curves().records());
-    picture.title = mFile.path + ", session " + std::to_string(mDrawn) + ": frames " +
-                    std::to_string(picture.frames.first) + " to " +
-                    std::to_string(picture.frames.last) + ", " + std::to_string(missing) +
+    picture.title = mFile.path.substr(mFile.path.rfind('/') + 1) + ", session " +
+                    std::to_string(mDrawn) + ": frames " + std::to_string(picture.frames.first) +
+                    " to " + std::to_string(picture.frames.last) + ", " + std::to_string(missing) +
                     " missing";
     return picture;
 }

@@ -1,6 +1,7 @@
 #include "tools/plot/SessionCurves.h"
 
 #include "tools/explain/clocksOf.h"
+#include "tools/explain/nodesOf.h"
 #include "tools/record/ColumnText.h"
 
 namespace vdrdump {
@@ -60,23 +61,30 @@ void SessionCurves::handOnFirst() {
         }
     }
     if (mMeasures) {
-        mMeasurer->measureTimes(first->first, record, [this](const Subject& subject, double value) {
-            addMeasured(subject, value);
-        });
+        const auto take = [this](const Subject& subject, double value) {
+            addTo(mMeasured, subject, value);
+        };
+        mMeasurer->measureTimes(first->first, record, take);
+        for (const NodeStamps& node : nodesOf(record)) {
+            if (node.last() != 0 && node.finished == 0 && node.handedOn == 0) {
+                addTo(mUnended, node.ids, 0);
+            }
+        }
     }
     mCurves.add(first->first, mValues);
     mHeld.erase(first);
 }
 
 // Names in a damaged dump may be any number.
-void SessionCurves::addMeasured(const Subject& subject, double value) {
-    auto at = mMeasured.find(subject);
-    if (at == mMeasured.end()) {
-        const size_t number = mFirstMeasured + mMeasured.size();
+template <typename Key>
+void SessionCurves::addTo(std::map<Key, size_t>& curves, const Key& key, double value) {
+    auto at = curves.find(key);
+    if (at == curves.end()) {
+        const size_t number = mFirstMeasured + mMeasured.size() + mUnended.size();
         if (number >= PlotCurves::kMostCurves) {
             return;
         }
-        at = mMeasured.emplace(subject, number).first;
+        at = curves.emplace(key, number).first;
     }
     mValues.push_back({at->second, value});
 }

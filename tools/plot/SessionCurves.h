@@ -35,6 +35,8 @@ public:
     bool measures() const { return mMeasures; }
     // Curves of what the frames took.
     const std::map<Subject, size_t>& measured() const { return mMeasured; }
+    // Nodes that began with a frame and did not end it, a mark at each; some never tell their end.
+    const std::map<NodeIds, size_t>& unended() const { return mUnended; }
     const StampClocks& clocks() const { return mClocks; }
     const std::vector<VideoWindow>& videos() const { return mVideos.windows(); }
 
@@ -43,7 +45,8 @@ private:
 
     void begin();
     void handOnFirst();
-    void addMeasured(const Subject& subject, double value);
+    template <typename Key>
+    void addTo(std::map<Key, size_t>& curves, const Key& key, double value);
 
     const bool mMeasures;
     const std::vector<Panel> mColumnPanels;
@@ -52,6 +55,7 @@ private:
     std::optional<FrameMeasurer> mMeasurer;
     size_t mFirstMeasured = 0;  // number of a curve
     std::map<Subject, size_t> mMeasured;
+    std::map<NodeIds, size_t> mUnended;
     std::vector<PlotCurves::Value> mValues;  // of the frame that is handed on
     PlotCurves mCurves;
     VideoWindows mVideos;

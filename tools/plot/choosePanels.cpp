@@ -10,6 +10,7 @@ namespace {
 // the others those that rise farthest above their median, as they are off.
 constexpr size_t kSlowest = 3;
 constexpr size_t kFarthestRisen = 3;
+constexpr size_t kMostAtNodes = 8;  // with the marks of frames that did not come to an end there
 
 struct Candidate {
     Curve curve;
@@ -81,8 +82,7 @@ private:
         addOne(Quantity::Latency, "latency", nodeUnit);
         addSlowest("time at nodes", ", " + nodeUnit,
                    {Quantity::NodeWait, Quantity::NodeWork, Quantity::NodeHandOn});
-        addSlowest("cost of algorithms", ", as stated",
-                   {Quantity::PluginCost, Quantity::SemanticCost});
+        addSlowest("algorithms", ", as stated", {Quantity::PluginCost, Quantity::SemanticCost});
     }
 
     void addOne(Quantity quantity, const char* name, const std::string& unit) {
@@ -93,7 +93,7 @@ private:
             mLeftOut.zero.emplace_back(name);
         } else {
             addPanel({Panel::Kind::EveryFrame,
-                      {name + (", " + unit), {{name, found->second, nullptr, 1}}},
+                      {name + (", " + unit), {{name, found->second, nullptr, 1, false}}},
                       {}});
         }
     }
@@ -118,6 +118,9 @@ private:
         panel.left.label = name + unit;
         take(candidates, kSlowest, &Candidate::highest, panel.left.curves);
         take(candidates, kFarthestRisen, &Candidate::rise, panel.left.curves);
+        if (quantities.front() == Quantity::NodeWait) {
+            addUnended(panel.left.curves);
+        }
         addPanel(std::move(panel));
     }
 
@@ -128,6 +131,24 @@ private:
         result.highest = rangeOf(number).high();
         result.rise = result.highest - mSession.curves().medianOf(number);
         return result;
+    }
+
+    // Of nodes that end frames as a rule.
+    void addUnended(std::vector<Curve>& curves) const {
+        for (const auto& [ids, number] : mSession.unended()) {
+            const auto work = mSession.measured().find({Quantity::NodeWork, ids, ""});
+            const size_t ended = work == mSession.measured().end()
+                                         ? 0
+                                         : mSession.curves().pointsOf(work->second);
+            const size_t unended = mSession.curves().pointsOf(number);
+            if (unended < ended && curves.size() < kMostAtNodes) {
+                Curve curve;
+                curve.title = "no end at " + mNames.nameOf(ids);
+                curve.number = number;
+                curve.isMark = true;
+                curves.push_back(std::move(curve));
+            }
+        }
     }
 
     static void take(std::vector<Candidate>& candidates, size_t most, double Candidate::*key,

@@ -2,17 +2,20 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <iterator>
+
+#include "tools/plot/axisCommands.h"
+#include "tools/plot/plotText.h"
 
 namespace vdrdump {
 namespace {
 
 constexpr char kMissingColor[] = "#d62728";
-constexpr char kMissingTint[] = "#fbdcdc";
+constexpr char kMissingTint[] = "#fde6e6";
 constexpr char kVideoColor[] = "#e3f1de";
-constexpr char kLostLine[] = "dt 2 lw 2 lc rgb '#000000'";
+constexpr char kLostColor[] = "#ffdf80";
+constexpr char kMarkColor[] = "#000000";
+constexpr char kLostLine[] = "dt 2 lw 1.5 lc rgb '#000000'";
 // Told apart by most colour-blind people, and in print.
 constexpr const char* kLineColors[] = {"#0072b2", "#e69f00", "#009e73", "#8c4b8c",
                                        "#56b4e9", "#d55e00", "#555555"};
@@ -24,92 +27,25 @@ constexpr double kLowestPanel = 150;
 constexpr double kHighestPanel = 300;
 constexpr double kBetween = 16;
 constexpr double kLine = 20;  // of text
-constexpr double kLeft = 80;
-constexpr double kRight = 1060;
-constexpr double kKey = 1125;
+constexpr double kAnswerLine = 25;
+constexpr double kMissingStrip = 6;  // above a panel
+constexpr double kLeft = 88;
+constexpr double kRight = 1030;
+constexpr double kKey = 1135;
+constexpr double kLeftLabel = 12;
+constexpr double kRightLabel = 1112;
 
-constexpr size_t kLongestLine = 165;    // characters
-constexpr size_t kLongestTitle = 36;    // of a curve
-constexpr uint32_t kFewFrames = 120;    // of which each gets a dot
+constexpr size_t kLongestAnswer = 135;
+constexpr size_t kLongestLine = 178;  // characters
+constexpr size_t kLongestTitle = 33;  // of a curve
+// An axis spans at least that part of its values: less is noise, and times have more of it.
+constexpr double kLeastPart = 0.05;
+constexpr double kLeastPartOfTimes = 0.2;
+constexpr double kMostOfLost = 0.03;    // of the frames on either side of a lost one
+constexpr double kFewFrames = 120;      // of which each gets a dot
 constexpr uint32_t kResolution = 1000;  // frames that are nearer to each other share a pixel
 
-std::string printed(const char* format, ...) __attribute__((format(printf, 1, 2)));
-std::string printed(const char* format, ...) {
-    char buffer[512];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(buffer, sizeof(buffer), format, arguments);
-    va_end(arguments);
-    return buffer;
-}
-
-// In single quotes gnuplot takes everything as it stands but the quote itself.
-std::string quoted(const std::string& text) {
-    std::string result = "'";
-    for (const char each : text) {
-        const bool isControl = static_cast<unsigned char>(each) < ' ' || each == '\x7f';
-        result += isControl ? '?' : each;
-        result += each == '\'' ? "'" : "";
-    }
-    return result + "'";
-}
-
-bool isInsideCharacter(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xc0) == 0x80;  // of UTF-8
-}
-
-// Cut where it would not fit beside the panels.
-std::string fitted(const std::string& text, size_t most) {
-    size_t characters = 0;
-    for (size_t i = 0; i < text.size(); ++i) {
-        characters += isInsideCharacter(text[i]) ? 0 : 1;
-        if (characters > most) {
-            return text.substr(0, i) + "...";
-        }
-    }
-    return text;
-}
-
-// Lines that fit onto the picture, broken at blanks.
-std::vector<std::string> wrapped(std::string text) {
-    std::vector<std::string> lines;
-    while (text.size() > kLongestLine) {
-        size_t end = text.rfind(' ', kLongestLine);
-        if (end == std::string::npos || end == 0) {
-            end = kLongestLine;
-            while (end > 1 && isInsideCharacter(text[end])) {
-                --end;
-            }
-        }
-        lines.push_back(text.substr(0, end));
-        text.erase(0, end + (text[end] == ' ' ? 1 : 0));
-    }
-    if (!text.empty()) {
-        lines.push_back(text);
-    }
-    return lines;
-}
-
-// Where the axis starts and ends: close around its curves, and not below 0 where they are not.
-std::string rangeText(const Axis& axis, const PlotCurves& curves) {
-    Range<double> all;
-    for (const Curve& curve : axis.curves) {
-        const Range<double> one = curves.rangeOf(curve.number);
-        if (!one.isEmpty()) {
-            all.add(one.low());
-            all.add(one.high());
-        }
-    }
-    if (all.isEmpty()) {
-        return "[0:1]\n";
-    }
-    const double size = std::max(std::fabs(all.low()), std::fabs(all.high()));
-    const bool isOne = all.high() - all.low() <= 1e-9 * size;
-    const double room = isOne ? std::max(size * 0.1, 1.0) : (all.high() - all.low()) * 0.06;
-    const double low = all.low() >= 0 ? std::max(0.0, all.low() - room) : all.low() - room;
-    return printed("[%.10g:%.10g]\n", low, all.high() + room);
-}
-
+// Lays the picture out and writes its script from top to bottom, once.
 class Script {
 public:
     Script(const Picture& picture, const PanelChoice& choice, const SessionCurves& session)
@@ -117,9 +53,9 @@ public:
             mPanels(choice.panels),
             mSession(session),
             mCurves(session.curves()),
-            mHeader(wrapped(picture.answer)) {
+            mAnswer(wrapped(picture.answer, kLongestAnswer)) {
         for (const std::string& text : choice.leftOut) {
-            for (std::string& line : wrapped(text)) {
+            for (std::string& line : wrapped(text, kLongestLine)) {
                 mFooter.push_back(std::move(line));
             }
         }
@@ -128,7 +64,7 @@ public:
         }
         const double share = kPanels / static_cast<double>(mPanels.size());
         mPanelHeight = std::min(kHighestPanel, std::max(kLowestPanel, share));
-        mTop = 3 * kLine + kLine * static_cast<double>(mHeader.size());
+        mTop = 2.8 * kLine + kAnswerLine * static_cast<double>(mAnswer.size());
         mHeight = mTop + static_cast<double>(mPanels.size()) * (mPanelHeight + kBetween) +
                   kLine * (2.5 + static_cast<double>(mFooter.size()));
     }
@@ -137,7 +73,7 @@ public:
         writeTerminal(format);
         writeData();
         add("set multiplot\n");
-        writeTexts();
+        writeTexts(format == PictureFormat::Png);
         writeMarks();
         writeFrameAxis();
         for (size_t i = 0; i < mPanels.size(); ++i) {
@@ -164,28 +100,38 @@ private:
         for (const Panel& panel : mPanels) {
             for (const Axis* axis : {&panel.left, &panel.right}) {
                 for (const Curve& curve : axis->curves) {
-                    writeCurve(curve.number);
+                    writeCurve(curve, panel.isStepped());
                 }
             }
         }
     }
 
     // Runs of neighbours become lines, what stands alone points: a frame, its lowest, its highest.
-    void writeCurve(size_t curve) {
+    // A step is a line as long as it is level, so that its dashes show.
+    void writeCurve(const Curve& curve, bool isStepped) {
         std::string lines;
         std::string points;
-        for (const PlotCurves::Run& run : mCurves.runsOf(curve)) {
-            std::string& to = run.size() == 1 ? points : lines;
-            for (const PlotCurves::Span& span : run) {
-                to += printed("%u %.10g %.10g\n", span.frame, span.low, span.high);
+        for (const PlotCurves::Run& run : mCurves.runsOf(curve.number)) {
+            const bool isLine = run.size() > 1 && !curve.isMark;
+            std::string& to = isLine ? lines : points;
+            for (size_t i = 0; i < run.size(); ++i) {
+                const bool isLevel = isStepped && i != 0 && i + 1 < run.size() &&
+                                     run[i].low == run[i - 1].low && run[i].high == run[i - 1].high;
+                to += isLevel ? ""
+                              : printed("%u %.10g %.10g\n", run[i].frame, run[i].low, run[i].high);
             }
-            lines += run.size() == 1 ? "" : "\n";
+            if (isLine) {
+                const PlotCurves::Span& last = run.back();
+                lines += isStepped ? printed("%u.5 %.10g %.10g\n\n", last.lastFrame, last.low,
+                                             last.high)
+                                   : "\n";
+            }
         }
-        mHasLines.resize(std::max(mHasLines.size(), curve + 1));
+        mHasLines.resize(std::max(mHasLines.size(), curve.number + 1));
         mHasPoints.resize(mHasLines.size());
-        mHasLines[curve] = !lines.empty();
-        mHasPoints[curve] = !points.empty();
-        const std::string number = std::to_string(curve);
+        mHasLines[curve.number] = !lines.empty();
+        mHasPoints[curve.number] = !points.empty();
+        const std::string number = std::to_string(curve.number);
         add(lines.empty() ? "" : "$lines" + number + " << END\n" + lines + "END\n");
         add(points.empty() ? "" : "$points" + number + " << END\n" + points + "END\n");
     }
@@ -196,13 +142,13 @@ private:
                     more));
     }
 
-    void writeTexts() {
-        double at = 1.1 * kLine;
-        writeText(fitted(mPicture.title, kLongestLine), at, "font ',15'");
-        for (const std::string& line : mHeader) {
-            at += kLine;
-            writeText(line, at, "");
+    void writeTexts(bool isPng) {
+        double at = kLine;
+        for (const std::string& line : mAnswer) {
+            writeText(line, at, isPng ? "font ',13'" : "font ',17'");
+            at += kAnswerLine;
         }
+        writeText(fitted(mPicture.title, kLongestLine), at, "");
         at = mHeight - kLine * (static_cast<double>(mFooter.size()) - 0.4);
         for (const std::string& line : mFooter) {
             writeText(line, at, "tc rgb '#444444'");
@@ -215,16 +161,33 @@ private:
             add("set label 'lost: " + which +
                 printed("' at first %.1f, screen %.4f center\n",
                         (static_cast<double>(lost.first) + lost.last) / 2,
-                        atHeight(mTop - 0.5 * kLine)));
+                        atHeight(mTop - 0.7 * kLine)));
         }
+    }
+
+    std::optional<FrameRange> inPicture(const FrameRange& range) const {
+        const FrameRange shown{std::max(range.first, mPicture.frames.first),
+                               std::min(range.last, mPicture.frames.last)};
+        return shown.first <= shown.last ? std::optional(shown) : std::nullopt;
+    }
+
+    std::vector<FrameRange> videosShown() const {
+        std::vector<FrameRange> shown;
+        for (const VideoWindow& window : mSession.videos()) {
+            const auto part = inPicture({window.startSeen ? window.first : mPicture.frames.first,
+                                         window.endSeen ? window.last : mPicture.frames.last});
+            if (part) {
+                shown.push_back(*part);
+            }
+        }
+        return shown;
     }
 
     std::vector<FrameRange> lostShown() const {
         std::vector<FrameRange> shown;
         for (const FrameRange& each : mPicture.lost) {
-            if (each.first <= mPicture.frames.last && each.last >= mPicture.frames.first) {
-                shown.push_back({std::max(each.first, mPicture.frames.first),
-                                 std::min(each.last, mPicture.frames.last)});
+            if (const auto part = inPicture(each)) {
+                shown.push_back(*part);
             }
         }
         return shown;
@@ -244,46 +207,53 @@ private:
         return shown;
     }
 
-    void rectangle(double from, double to, double top, const std::string& style) {
-        add(printed("set object rect from first %.1f, graph 0 to first %.1f, graph %g behind ",
-                    from - 0.5, to + 0.5, top) +
-            style + "\n");
+    // Behind the curves; `low` and `high` as parts of a panel's height. The border is at least a
+    // line wide, however many frames share a pixel.
+    void rectangle(const FrameRange& frames, double halfFrame, double low, double high,
+                   const char* color, bool hasBorder) {
+        add(printed("set object rect from first %.3f, graph %.3f to first %.3f, graph %.3f noclip "
+                    "behind fc rgb '%s' fs solid ",
+                    frames.first - halfFrame, low, frames.last + halfFrame, high, color) +
+            (hasBorder ? std::string("border lc rgb '") + color + "'\n" : "noborder\n"));
     }
 
-    // Each stays until the picture is complete, and so is drawn in every panel.
+    // Each stays until the picture is complete, and so is drawn in every panel; the later cover the
+    // earlier.
     void writeMarks() {
-        for (const VideoWindow& window : mSession.videos()) {
-            rectangle(window.startSeen ? window.first : mPicture.frames.first,
-                      window.endSeen ? window.last : mPicture.frames.last, 1,
-                      std::string("fc rgb '") + kVideoColor + "' fs solid noborder");
+        for (const FrameRange& video : videosShown()) {
+            rectangle(video, 0.5, 0, 1, kVideoColor, false);
         }
+        const double strip = 1 + kMissingStrip / mPanelHeight;
         for (const FrameRange& gap : missingShown()) {
-            // A border is at least a line wide, however many frames share a pixel.
-            for (const auto& [top, color] : {std::pair(1.0, kMissingTint), {0.06, kMissingColor}}) {
-                rectangle(gap.first, gap.last, top,
-                          std::string("fc rgb '") + color + "' fs solid border lc rgb '" + color +
-                                  "'");
-            }
+            rectangle(gap, 0.5, 0, 1, kMissingTint, true);
+            rectangle(gap, 0.5, 1, strip, kMissingColor, true);
         }
+        // Of few frames one would fill much of the picture.
+        const double halfFrame = std::min(0.5, kMostOfLost * frameCount());
         for (const FrameRange& lost : lostShown()) {
-            for (uint64_t frame = lost.first; frame <= lost.last;
-                 frame += std::max(1U, lost.last - lost.first)) {
-                const std::string at = std::to_string(frame);
-                add("set arrow from first " + at + ", graph 0 to first " + at +
-                    ", graph 1 nohead back " + kLostLine + "\n");
+            rectangle(lost, halfFrame, 0, 1, kLostColor, false);
+            verticalLine(lost.first);
+            if (lost.last != lost.first) {
+                verticalLine(lost.last);
             }
         }
+    }
+
+    void verticalLine(uint32_t frame) {
+        add(printed("set arrow from first %u, graph 0 to first %u, graph 1 nohead back ", frame,
+                    frame) +
+            kLostLine + "\n");
     }
 
     void writeFrameAxis() {
         const FrameRange& frames = mPicture.frames;
-        const double count = static_cast<double>(frames.last) - frames.first + 1;
+        const double count = frameCount();
         double step = std::pow(10, std::floor(std::log10(count)));
         step *= count / step > 5 ? 1 : count / step > 2 ? 0.5 : 0.2;
         step = std::max(1.0, std::round(step));
         add(printed("set xrange [%.1f:%.1f]\n", frames.first - 0.5, frames.last + 0.5) +
             printed("set xtics %.0f, %.0f\n", std::ceil(frames.first / step) * step, step) +
-            "set grid lc rgb '#bdbdbd' lw 1 dt 1\nset style fill solid\n" +
+            "set grid lt 1 lw 1 lc rgb '#c8c8c8'\nset style fill solid\n" +
             printed("set lmargin at screen %.4f\nset rmargin at screen %.4f\n", kLeft / kWidth,
                     kRight / kWidth));
     }
@@ -295,14 +265,17 @@ private:
                     atHeight(top + mPanelHeight)) +
             printed("set key at screen %.4f, screen %.4f left top Left reverse samplen 2\n",
                     kKey / kWidth, atHeight(top)));
-        add("set ylabel " + quoted(panel.left.label) + "\nset yrange " +
-            rangeText(panel.left, mCurves));
+        const double leastPart = !mSession.measures() ? 0
+                                 : panel.isStepped()  ? kLeastPart
+                                                      : kLeastPartOfTimes;
+        writeLabel(panel.left.label, kLeftLabel);
         if (panel.right.curves.empty()) {
-            add("unset y2tics\nunset y2label\nset ytics mirror\n");
+            add("unset y2tics\nset ytics mirror\n");
         } else {
-            add("set ytics nomirror\nset y2tics\nset y2label " + quoted(panel.right.label) +
-                "\nset y2range " + rangeText(panel.right, mCurves));
+            add("set ytics nomirror\n" + axisCommands("y2", panel.right, mCurves, leastPart));
+            writeLabel(panel.right.label, kRightLabel);
         }
+        add(axisCommands("y", panel.left, mCurves, leastPart));
         const bool isLast = index + 1 == mPanels.size();
         add(isLast ? "set format x '%.0f'\nset xlabel 'frame'\n" : "set format x ''\n");
         add("plot NaN notitle");
@@ -313,15 +286,28 @@ private:
         for (const Curve& curve : panel.right.curves) {
             plotCurve(curve, panel, "x1y2", color++);
         }
-        add(index == 0 ? markTitles() + "\nunset label\n" : "\n");
+        add((index == 0 ? markTitles() : "") + "\nunset label\n");
     }
+
+    // In a place of its own, however long the numbers of the axis are.
+    void writeLabel(const std::string& label, double fromLeft) {
+        add("set label " + quoted(label) +
+            printed(" at screen %.4f, graph 0.5 center rotate by 90\n", fromLeft / kWidth));
+    }
+
+    double frameCount() const {
+        return static_cast<double>(mPicture.frames.last) - mPicture.frames.first + 1;
+    }
+
+    bool isFew() const { return frameCount() <= kFewFrames; }
 
     // What belongs to the axis on the right is dashed.
     void plotCurve(const Curve& curve, const Panel& panel, const std::string& axes, size_t color) {
         const bool isRight = axes == "x1y2";
         const std::string number = std::to_string(curve.number);
         const std::string style =
-                std::string(" lc rgb '") + kLineColors[color % std::size(kLineColors)] + "'";
+                std::string(" lc rgb '") +
+                (curve.isMark ? kMarkColor : kLineColors[color % std::size(kLineColors)]) + "'";
         std::string key = " title " +
                           quoted(fitted(curve.title, kLongestTitle) + (isRight ? " (right)" : ""));
         const auto plot = [&](const char* data, const char* columns, const std::string& with) {
@@ -333,18 +319,19 @@ private:
                 plot("$lines", "1:2:3", "filledcurves fs transparent solid 0.35");
                 add(" notitle");
             }
-            const bool hasDots =
-                    !panel.isStepped() && mPicture.frames.last - mPicture.frames.first < kFewFrames;
             plot("$lines", "1:3",
                  panel.isStepped() ? "steps"
-                 : hasDots         ? "linespoints pt 7 ps 0.3"
+                 : isFew()         ? "linespoints pt 7 ps 0.3"
                                    : "lines");
             add((isRight ? " dt '-'" : "") + (" lw 1.5" + key));
             key = " notitle";
         }
         if (mHasPoints[curve.number]) {
             for (const char* columns : {"1:3", "1:2"}) {
-                plot("$points", columns, "points pt 7 ps 0.5");
+                plot("$points", columns,
+                     curve.isMark ? "points pt 2 ps 1.4 lw 3"
+                     : isFew()    ? "points pt 7 ps 0.6"
+                                  : "points pt 7 ps 0.4");
                 add(key);
                 key = " notitle";
             }
@@ -354,7 +341,7 @@ private:
     // Of what the picture has.
     std::string markTitles() const {
         std::string titles;
-        if (!mSession.videos().empty()) {
+        if (!videosShown().empty()) {
             titles += std::string(", NaN with boxes lc rgb '") + kVideoColor +
                       "' fs solid noborder title 'video recording'";
         }
@@ -372,7 +359,7 @@ private:
     std::vector<Panel> mPanels;
     const SessionCurves& mSession;
     const PlotCurves& mCurves;
-    const std::vector<std::string> mHeader;
+    const std::vector<std::string> mAnswer;
     std::vector<std::string> mFooter;
     double mPanelHeight = 0;
     double mTop = 0;              // of the first panel
