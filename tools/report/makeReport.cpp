@@ -27,12 +27,12 @@ using History = std::shared_ptr<const SessionHistory>;
 
 class Report {
 public:
-    Report(const ReportRequest& request, const GatheredLosses& gathered)
+    Report(const ReportRequest& request, const GatheredLosses& gathered, const NodeNames& names)
           : mRequest(request),
             mGathered(gathered),
-            mNames(request.names.empty() ? NodeNames() : NodeNames::fromFile(request.names)),
+            mNames(names),
             mExplanations(explainLosses(gathered)),
-            mAnswer(answerOf(mExplanations, mNames)) {}
+            mAnswer(answerOf(mExplanations, names)) {}
 
     bool write() {
         Output output(mRequest.output);
@@ -163,20 +163,24 @@ private:
                 findings == nullptr ? all : framesAround(findings->lost, kCloseUp, kCloseUp);
         near = {std::max(near.first, all.first), std::min(near.last, all.last)};
         std::string html = "<h3>Nodes, frames " + framesText(near) + "</h3>\n" +
-                           timeline(history, near, findings);
+                           timeline(history, near, findings, true);
         if (near.first != all.first || near.last != all.last) {
             html += "<details class=\"more\"><summary>Nodes, frames " + framesText(all) +
-                    "</summary>\n" + timeline(history, all, findings) + "</details>\n";
+                    "</summary>\n" + timeline(history, all, findings, false) + "</details>\n";
         }
-        const PanelsHtml panels =
-                panelsHtml(*history, all, findings, mNames, "p" + std::to_string(++mPictures),
-                           printablePath(mRequest.output));
+        // What failed once fails again, and has been said.
+        const bool isHopeless = mPictures != 0 && mDrawnBy.empty();
+        const std::string prefix = "p" + std::to_string(++mPictures);
+        const PanelsHtml panels = isHopeless ? withoutPanels()
+                                             : panelsHtml(*history, all, findings, mNames, prefix,
+                                                          printablePath(mRequest.output));
         mDrawnBy = panels.drawnBy.empty() ? mDrawnBy : panels.drawnBy;
         addRecords(history, all, findings);
         return html + panels.html;
     }
 
-    std::string timeline(const History& history, FrameRange range, const Findings* findings) {
+    std::string timeline(const History& history, FrameRange range, const Findings* findings,
+                         bool withLegend) {
         range.last = range.first + std::min(range.last - range.first, kMostInTimeline - 1);
         const StampClocks clocks =
                 findings == nullptr ? clocksOf(history->frames) : findings->clocks;
@@ -189,24 +193,30 @@ private:
                    "did.</p>\n";
         }
         return "<figure class=\"wide\">\n" + svg + "</figure>\n" +
-               legend(drawn, findings != nullptr);
+               (withLegend ? legend(drawn, findings != nullptr) : "");
     }
 
     static std::string legend(const Timeline& timeline, bool hasLoss) {
-        return std::string(
-                       "<p class=\"note\">A row for each node, a bar for each frame: thin "
-                       "while the frame waits before the node, full while the node works on "
-                       "it, half as high until it is handed on. ") +
-               (hasLoss ? "Red is what was lost, an outline marks what stands out, a cross where "
-                          "the frame got stuck. "
-                        : "") +
-               "Time 0 is when frame " + std::to_string(timeline.zero) +
-               " was taken. Bars show their numbers under the pointer and lead to the record." +
-               (timeline.leftOut == 0 ? ""
-                                      : " " + std::to_string(timeline.leftOut) +
-                                                " bars are left out: their stamps are far from "
-                                                "their frames.") +
-               "</p>\n";
+        const bool hasRecord = std::all_of(
+                timeline.arrivals.begin(), timeline.arrivals.end(), [&](const auto& arrival) {
+                    return arrival.frame != timeline.zero || arrival.hasRecord;
+                });
+        std::string text =
+                "A row for each node, a bar for each frame: thin while the frame waits before the "
+                "node, full while the node works on it, half as high until it is handed on. ";
+        if (hasLoss) {
+            text += "Red is what was lost, an outline marks what stands out, a cross where the "
+                    "frame got stuck. ";
+        }
+        text += "Time 0 is when frame " + std::to_string(timeline.zero) +
+                (hasRecord ? " was taken. "
+                           : " would have been taken, going by the frames around it. ") +
+                "Bars show their numbers under the pointer and lead to the record.";
+        if (timeline.leftOut != 0) {
+            text += " " + std::to_string(timeline.leftOut) +
+                    " bars are left out: their stamps are far from their frames.";
+        }
+        return "<p class=\"note\">" + htmlText(text) + "</p>\n";
     }
 
     std::string anchorOf(const History& history) const {
@@ -240,7 +250,7 @@ private:
 
     const ReportRequest& mRequest;
     const GatheredLosses& mGathered;
-    const NodeNames mNames;
+    const NodeNames& mNames;
     const Explanations mExplanations;
     const Answer mAnswer;
     size_t mPictures = 0;
@@ -251,6 +261,8 @@ private:
 }  // namespace
 
 bool makeReport(const ReportRequest& request) {
+    const NodeNames names =
+            request.names.empty() ? NodeNames() : NodeNames::fromFile(request.names);
     const GatheredLosses gathered = gatherLosses(request.which);
     const auto& histories = gathered.found.histories;
     const bool hasFrames = request.which.frames &&
@@ -262,7 +274,7 @@ bool makeReport(const ReportRequest& request) {
                                          : "no loss is known: choose frames with --frames, or the "
                                            "lost one with --lost");
     }
-    return Report(request, gathered).write() && gathered.isWhole;
+    return Report(request, gathered, names).write() && gathered.isWhole;
 }
 
 }  // namespace vdrdump

@@ -35,14 +35,19 @@ PanelsHtml panelsHtml(const SessionHistory& history, const FrameRange& range,
     const auto svg = draw(history, range, findings, names, page);
     const std::string element = svg ? inlineSvg(*svg, prefix + "-") : "";
     if (element.empty()) {
-        return {"<p class=\"note\">Panels of intervals, latencies, costs and the device\'s state "
-                "would stand here: they need gnuplot (package gnuplot-nox), which was not there "
-                "or failed when this page was made.</p>\n",
-                ""};
+        return withoutPanels();
     }
+    const std::string maker = makerOf(*svg);
     return {"<h3>Session, frames " + framesText(range) + "</h3>\n<figure class=\"wide panels\">\n" +
                     element + "</figure>\n",
-            makerOf(*svg)};
+            maker.empty() ? "gnuplot" : maker};
+}
+
+PanelsHtml withoutPanels() {
+    return {"<p class=\"note\">Panels of intervals, latencies, costs and the device's state would "
+            "stand here: they need gnuplot (package gnuplot-nox), which was not there or failed "
+            "when this page was made.</p>\n",
+            ""};
 }
 
 }  // namespace vdrdump

@@ -19,4 +19,7 @@ PanelsHtml panelsHtml(const SessionHistory& history, const FrameRange& range,
                       const Findings* findings, const NodeNames& names, const std::string& prefix,
                       const std::string& page);
 
+// What stands in their place where nothing can draw them.
+PanelsHtml withoutPanels();
+
 }  // namespace vdrdump
