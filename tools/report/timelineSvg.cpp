@@ -184,6 +184,8 @@ private:
         const auto part = [&](const char* kind, Quantity quantity, double from, double to,
                               double thickness) {
             const bool isOut = standsOut(quantity, row.node, bar.frame);
+            thickness =
+                    isOut ? std::max(thickness, 7.0) : thickness;  // an outline leaves some of it
             mFront += rectangle(isOut ? std::string(kind) + " out" : kind, from, to,
                                 middle - thickness / 2, thickness);
         };
