@@ -184,8 +184,9 @@ private:
         const auto part = [&](const char* kind, Quantity quantity, double from, double to,
                               double thickness) {
             const bool isOut = standsOut(quantity, row.node, bar.frame);
-            thickness =
-                    isOut ? std::max(thickness, 7.0) : thickness;  // an outline leaves some of it
+            if (isOut) {
+                thickness = std::max(thickness, 7.0);  // some is to be seen within the outline
+            }
             mFront += rectangle(isOut ? std::string(kind) + " out" : kind, from, to,
                                 middle - thickness / 2, thickness);
         };
