@@ -103,9 +103,12 @@ std::string sessionOf(const uint8_t* data, size_t size) {
         record.frameNumber = frame;
         record.cslInfo.stamp += frame * kInterval;
         for (vdr2::NodeInfo& node : record.nodeInfo) {
-            for (size_t i = 0; i < std::size(node.stamps); ++i) {
-                node.stamps[i] += node.stamps[i] == 0 ? 0 : frame * kInterval;
+            uint64_t stamps[sizeof(node.stamps) / sizeof(uint64_t)];
+            std::memcpy(stamps, node.stamps, sizeof(stamps));
+            for (uint64_t& stamp : stamps) {
+                stamp += stamp == 0 ? 0 : frame * kInterval;
             }
+            std::memcpy(node.stamps, stamps, sizeof(stamps));
         }
         session.append(reinterpret_cast<const char*>(&record), sizeof(record));
         session.append(zk::kFrameRecordSize - sizeof(record), '\0');

@@ -58,16 +58,16 @@ bool BlockView::isChain(size_t at, uint32_t last) const {
     return length == kBeyondDoubt || goesOn || isLast;
 }
 
-bool BlockView::isBorneOut(size_t at, uint32_t last) const {
+size_t BlockView::findInStep(size_t at, uint32_t last) const {
     if (at >= mSize) {
-        return mIsEnd;
+        return mIsEnd ? at : kNowhere;
     }
     for (; holds(at); at += kBlock) {
         if (isSound(at) && (isNear(last, number(at)) || isChain(at, last))) {
-            return true;
+            return at;
         }
     }
-    return mIsEnd && holds(at, sizeof(uint32_t)) && isNear(last, number(at));
+    return mIsEnd && holds(at, sizeof(uint32_t)) && isNear(last, number(at)) ? at : kNowhere;
 }
 
 size_t BlockView::findChain(size_t from, size_t end, uint32_t last) const {
