@@ -16,11 +16,11 @@ bool isZero(const uint8_t* bytes, size_t size) {
 
 }  // namespace
 
+// 0 proves little: it is what stands in most places of a record.
 bool BlockView::follows(uint32_t number, uint32_t next) {
-    return next > number && next - number <= kNear;
+    return next > number && next - number <= (number == 0 ? 1 : kNear);
 }
 
-// 0 proves nothing: it is what stands in most places of a record.
 bool BlockView::isNear(uint32_t a, uint32_t b) {
     return b != 0 && (follows(a, b) || follows(b, a));
 }
