@@ -276,6 +276,32 @@ TEST(OddDumps, ShortWriteOfAnyLength_CostsItsOwnRecordOnly) {
     }
 }
 
+// Each file counts, also one that is not there, and each loss has a line that names its file.
+TEST(OddDumps, ManyFiles_AreSummedUp) {
+    const TempFolder folder;
+    const std::string gap =
+            folder.file("a.bin", with(binary(), 30 * kBlock, 33 * kBlock, "") + binary());
+    const std::string empty = folder.file(kTextName, "");
+    const Program info = run({"info", gap, folder.path("missing.bin"), empty});
+    EXPECT_EQ(info.status, 1);
+    EXPECT_EQ(info.out.substr(std::min(info.out.size(), info.out.find("total:"))),
+              "total: 3 files, 2 with damage\n"
+              "  records         77 in 2 sessions\n"
+              "  losses          2\n"
+              "                  frames 31-33 without a record: " +
+                      gap +
+                      "\n"
+                      "                  frame 12 announced, has no record: " +
+                      empty + "\n");
+    const Program json = run({"info", "--json", gap, folder.path("missing.bin"), empty});
+    EXPECT_NE(json.out.find("\"total\":{\"damaged\":2,\"files\":3,\"losses\":2,\"records\":77,"
+                            "\"sessions\":2}"),
+              std::string::npos)
+            << json.out;
+    EXPECT_NE(json.out.find("{\"damage\":{\"unreadable\":1},\"kind\":\"none\","),
+              std::string::npos);
+}
+
 TEST(OddDumps, DamagedNumber_IsNoneInAnyTable) {
     const std::string dump = withNumber(binary(), 20, 21 | 1U << 31);
     EXPECT_EQ(csvOf(dump).rows[20][4], "");
