@@ -195,8 +195,9 @@ void addPlot(CLI::App& app, CommandLine& line) {
 void addFields(CLI::App& app, CommandLine& line) {
     CLI::App& fields = addCommand(app, line, Command::Fields, "fields",
                                   "What a record holds: names, types, units, meanings");
-    fields.add_option("NAME", line.fieldNames, "Only these")->type_name("");
-    fields.add_flag("--names", line.namesOnly, "All names, a line each, and nothing else");
+    CLI::Option* named = fields.add_option("NAME", line.fieldNames, "Only these")->type_name("");
+    fields.add_flag("--names", line.namesOnly, "All names, a line each, and nothing else")
+            ->excludes(named);
 }
 
 // An argument that nothing takes, and the one that comes nearest to it.

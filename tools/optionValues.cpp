@@ -51,8 +51,15 @@ bool takeAsFile(CommandLine& line, const std::string& name) {
 }
 
 void checkFields(CommandLine& line) {
-    const char* const option = line.command == Command::Fields ? "NAME" : "--field";
+    const char* const option = line.command == Command::Fields ? "NAME"
+                               : line.isTable                  ? "--table"
+                                                               : "--field";
     for (const std::string& name : line.fieldNames) {
+        if (name.empty() || name.rfind("--", 0) == 0) {
+            throw CLI::ValidationError(
+                    option,
+                    "expected a name, found " + (name.empty() ? "none" : printablePath(name)));
+        }
         if (!line.fields.add(name) && !takeAsFile(line, name)) {
             throw CLI::ValidationError(option, printablePath(name) + " is no field" +
                                                        suggestion(name, FieldChoice::names()) +
