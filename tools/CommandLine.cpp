@@ -117,7 +117,7 @@ void addOutput(CLI::App& command, CommandLine& line) {
 CLI::Option* addNames(CLI::App& command, CommandLine& line) {
     return command
             .add_option("--names", line.names,
-                        "What to call the nodes: a line each, such as 2/202/0 scaler")
+                        "What to call the nodes: a line each, such as 0x2:0xca:0x0 scaler")
             ->type_name("NAMES");
 }
 

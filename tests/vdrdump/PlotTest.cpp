@@ -97,10 +97,10 @@ struct Planted {
 };
 
 const Planted kPlanted[] = {
-        {"SlowNode", [](auto& session) { session.work = 90; }, "time at nodes, ms", "work 7/102/0",
+        {"SlowNode", [](auto& session) { session.work = 90; }, "time at nodes, ms", "work 0x7:0x66:0x0",
          90},
         {"Wait", [](auto& session) { session.wait = 90; }, "time at nodes, ms",
-         "wait before 7/102/0", 90},
+         "wait before 0x7:0x66:0x0", 90},
         {"Algorithm", [](auto& session) { session.cost = 90; }, "algorithms, as stated", "HDR", 90},
         {"LateSensor", [](auto& session) { session.sensorDelay = 90; }, "frame interval, ms",
          "frame interval", 120},
@@ -141,9 +141,9 @@ TEST(Plot, ChoosesTheSlowestNodesAndThoseThatRise) {
     };
     const auto curves = Drawing(made.frames(70, 130, 1)).curves("time at nodes, ms");
     ASSERT_EQ(curves.size(), 6U);
-    EXPECT_EQ(curves[0], "work 7/103/0");
-    EXPECT_EQ(curves[1], "work 7/101/0");
-    EXPECT_EQ(curves[3], "work 7/104/0");
+    EXPECT_EQ(curves[0], "work 0x7:0x67:0x0");
+    EXPECT_EQ(curves[1], "work 0x7:0x65:0x0");
+    EXPECT_EQ(curves[3], "work 0x7:0x68:0x0");
 }
 
 TEST(Plot, MarksANodeThatDidNotEndAFrame) {
@@ -152,8 +152,8 @@ TEST(Plot, MarksANodeThatDidNotEndAFrame) {
     made.also = [](Frame& each) { each.nodeInfo[4].stamps[2] = each.nodeInfo[4].stamps[3] = 0; };
     const Drawing drawing(made.frames(70, 130, 1));
     const auto curves = drawing.curves("time at nodes, ms");
-    EXPECT_EQ(std::count(curves.begin(), curves.end(), "no end at 7/102/0"), 1);
-    EXPECT_EQ(std::count(curves.begin(), curves.end(), "no end at 7/104/0"), 0) << "never tells it";
+    EXPECT_EQ(std::count(curves.begin(), curves.end(), "no end at 0x7:0x66:0x0"), 1);
+    EXPECT_EQ(std::count(curves.begin(), curves.end(), "no end at 0x7:0x68:0x0"), 0) << "never tells it";
     const auto runs =
             drawing.session().curves().runsOf(drawing.session().unended().at(NodeIds{7, 102, 0}));
     ASSERT_EQ(runs.size(), 1U);
@@ -278,8 +278,8 @@ TEST(Plot, MarksTheLossInEveryPanelAndSaysWhy) {
     EXPECT_EQ(program.err + program.out, "");
     const std::string picture = contentsOf(svg);
     for (const char* part : {"it's.bin", "frames 70 to 130, 1 missing", "lost: 100",
-                             "Lost frame 100: node noise filter (7/102/0) worked on it for",
-                             "work noise filter (7/102/0)", "missing frames", "video recording"}) {
+                             "Lost frame 100: node noise filter (0x7:0x66:0x0) worked on it for",
+                             "work noise filter (0x7:0x66:0x0)", "missing frames", "video recording"}) {
         EXPECT_TRUE(contains(picture, part)) << part;
     }
     ASSERT_EQ(run({"plot", dump, "-o", svg, "--frames", "70:130"}).status, 0);
