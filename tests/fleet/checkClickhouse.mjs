@@ -6,10 +6,21 @@ import { layout } from "./recordLayout.mjs";
 
 const types = { u8: "UInt8", u16: "UInt16", u32: "UInt32", u64: "UInt64", i16: "Int16", i32: "Int32", f32: "Float32" };
 const typeOf = (kind) => types[kind] ?? "String";
-const columnTypeOf = (kind) => (kind.capacity
-    ? `Array(Tuple(${kind.columns.map(([name, each]) =>
-        `${name} ${each === "f32" ? "Nullable(Float32)" : typeOf(each)}`).join(", ")}))`
-    : `Nullable(${typeOf(kind)})`);
+const elementTypeOf = (kind) => (kind === "f32" ? "Nullable(Float32)" : typeOf(kind));
+
+// Old releases make an array of structures as many arrays.
+function typesOf([name, kind], isOld) {
+    if (!kind.capacity) {
+        return [{ name, type: `Nullable(${typeOf(kind)})` }];
+    }
+    const members = kind.columns.map(([column, each]) => `${column} ${elementTypeOf(each)}`);
+    return isOld
+        ? kind.columns.map(([column, each]) => ({ name: `${name}.${column}`, type: `Array(${elementTypeOf(each)})` }))
+        : [{ name, type: `Array(Tuple(${members.join(", ")}))` }];
+}
+
+// Old releases read a float a digit beside it.
+const nearFloat = 1e-6;
 
 const lines = (text) => text.split("\n").filter((line) => line !== "").map((line) => line.split("\t"));
 
@@ -20,30 +31,37 @@ function valueOf(value, kind) {
     return kind === "u64" ? BigInt(value) : kind === "f32" ? Math.fround(value) : Number(value);
 }
 
-// As it stands in JSON: elements are objects or lists, and what is 64 bits wide is a string.
+// As it stands in JSON; what is 64 bits wide is a string.
 function rowOf(object) {
     const row = { file: object.file, lostFrame: object.lostFrame, session: object.session, record: BigInt(object.record) };
     for (const [name, kind] of layout) {
-        row[name] = !kind.capacity ? valueOf(object[name], kind) : object[name].map((element) =>
-            Object.fromEntries(Object.values(element).map((each, i) => [kind.columns[i][0], valueOf(each, kind.columns[i][1])])));
+        if (!kind.capacity) {
+            row[name] = valueOf(object[name], kind);
+            continue;
+        }
+        const elements = object[name] ?? object[`${name}.${kind.columns[0][0]}`].map((_, i) =>
+            Object.fromEntries(kind.columns.map(([column]) => [column, object[`${name}.${column}`][i]])));
+        row[name] = elements.map((element) => Object.fromEntries(kind.columns.map(([column, each]) =>
+            [column, valueOf(element[column], each)])));
     }
     return row;
 }
 
-export function checkClickhouse(release, block, edges, dumps, { run, day }) {
+export function checkClickhouse({ name: release, isOld }, block, edges, dumps, { run, day }) {
     const client = (sql) => run("clickhouse-client", sql);
     const clear = () => client("DROP TABLE IF EXISTS frames");
     clear();
     // The page's own commands, once as they stand and once for the edges.
     run(block.replaceAll(/dumps\/\S+\.bin dumps\/\S+\.txt/g, "edges/*.bin edges/*.txt"), "", { mayFail: true });
-    const found = lines(client("DESCRIBE TABLE frames")).map(([name, type]) => ({ name, type }));
+    const found = lines(client("DESCRIBE TABLE frames"))
+        .map(([name, type]) => ({ name, type: type.replaceAll(/\\n */g, " ").replaceAll("( ", "(") }));
     compareRows(`${release}, types`, found.slice(4),
-        layout.map(([name, kind]) => ({ name, type: columnTypeOf(kind) })));
-    const rows = client("SELECT * FROM frames ORDER BY file, record FORMAT JSONEachRow" +
-        " SETTINGS output_format_json_quote_64bit_integers = 1").split("\n").filter((line) => line !== "");
+        layout.flatMap((column) => typesOf(column, isOld)));
+    const rows = client("SELECT * FROM frames ORDER BY file, record" +
+        " SETTINGS output_format_json_quote_64bit_integers = 1 FORMAT JSONEachRow").split("\n").filter((line) => line !== "");
     const expected = asNdjson(edges).map((row) => Object.fromEntries(Object.entries(row).map(([name, value]) =>
         [name, value === null && layout.find(([each]) => each === name)?.[1].capacity ? [] : value])));
-    compareRows(`${release}, edges`, rows.map((line) => rowOf(JSON.parse(line))), expected, 1e-6);
+    compareRows(`${release}, edges`, rows.map((line) => rowOf(JSON.parse(line))), expected, isOld ? nearFloat : 0);
 
     clear();
     run(block);

@@ -75,10 +75,10 @@ const checks = {
         await checkEdgesInDuckdb(edges, shell);
         checkLake(dumps, gaps, losses, days, shell);
     },
-    "clickhouse-old": () => clickhouse("ClickHouse of Debian", "clickhouse-old"),
+    "clickhouse-old": () => clickhouse({ name: "ClickHouse of Debian", isOld: true }, "clickhouse-old"),
     clickhouse: () => {
         process.env.PATH = `${process.cwd()}/today:${process.env.PATH}`;
-        clickhouse("ClickHouse of today", "clickhouse");
+        clickhouse({ name: "ClickHouse of today", isOld: false }, "clickhouse");
     },
     sqlite: () => checkSqlite(edges, dumps, questions, shell),
     spark: () => checkSpark(shell),

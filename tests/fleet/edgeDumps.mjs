@@ -1,7 +1,7 @@
 // Ten records at the edges of what a dump can hold, and the rows that they must become.
 import fs from "node:fs";
 import path from "node:path";
-import { binaryOf, layout, lineOf, readBinary, readLine, recordSize, unknownFrame } from "./recordLayout.mjs";
+import { binaryOf, layout, lineOf, negativeNan, readBinary, readLine, recordSize, unknownFrame } from "./recordLayout.mjs";
 
 const largest = {
     u8: 255, u16: 65535, u32: 4294967295, u64: 2n ** 64n - 1n, i16: 32767, i32: 2147483647,
@@ -29,7 +29,7 @@ function filled(frameNumber, valueOf, elements) {
     return { ...record, frameNumber };
 }
 
-const odd = [NaN, Infinity, -Infinity, -0, 0.1234564, 1e-45];
+const odd = [NaN, negativeNan, Infinity, -Infinity, -0, 0.1234564, 1e-45];
 const names = ['a"b', "a,b", "a\\b", "it's", "1e5", "null", "nan", "[1]", "\xff\n", ""];
 
 const binaryRecords = [

@@ -6,4 +6,11 @@ const require = createRequire(path.join(process.env.FLEET_PACKAGES, "package.jso
 
 export const loadDuckdb = () => require("@duckdb/node-api");
 export const loadClickhouse = () => require("chdb");
-export const loadSparkParser = () => require("dt-sql-parser");
+
+// It is written for bundlers, which find what it imports where Node.js does not.
+export function loadSparkParser() {
+    const outfile = path.resolve("sparkParser.cjs");
+    require("esbuild").buildSync({ entryPoints: [require.resolve("dt-sql-parser")], outfile,
+        bundle: true, platform: "node", format: "cjs" });
+    return require(outfile);
+}

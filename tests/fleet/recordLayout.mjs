@@ -1,6 +1,8 @@
 // A frame record as docs/formats.md describes it, written down a second time and read without
 // vdrdump, so that a column that moves, or is called or typed otherwise, does not agree with it.
 
+export const negativeNan = "-nan";
+
 const kinds = {
     u8: [1, (view, at) => view.getUint8(at), (view, at, value) => view.setUint8(at, value)],
     u16: [2, (view, at) => view.getUint16(at, true), (view, at, value) => view.setUint16(at, value, true)],
@@ -8,7 +10,8 @@ const kinds = {
     u64: [8, (view, at) => view.getBigUint64(at, true), (view, at, value) => view.setBigUint64(at, value, true)],
     i16: [2, (view, at) => view.getInt16(at, true), (view, at, value) => view.setInt16(at, value, true)],
     i32: [4, (view, at) => view.getInt32(at, true), (view, at, value) => view.setInt32(at, value, true)],
-    f32: [4, (view, at) => view.getFloat32(at, true), (view, at, value) => view.setFloat32(at, value, true)],
+    f32: [4, (view, at) => view.getFloat32(at, true), (view, at, value) => (value === negativeNan
+        ? view.setUint32(at, 0xffc00000, true) : view.setFloat32(at, value, true))],
 };
 
 const stamps = (names) => names.map((name) => [name, "u64"]);
