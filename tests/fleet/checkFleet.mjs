@@ -8,15 +8,19 @@ import { checkEdgesInDuckdb, checkLake } from "./checkDuckdb.mjs";
 import { checkSpark } from "./checkSpark.mjs";
 import { checkSqlite } from "./checkSqlite.mjs";
 import { check, finishChecks } from "./compare.mjs";
-import { documentBlocks } from "./documentBlocks.mjs";
 import { makeEdgeDumps } from "./edgeDumps.mjs";
 import { gapsOf, lossesOf, nodeOfLoss } from "./fleetAnswers.mjs";
 import { days, makeFleet } from "./makeFleet.mjs";
+import { savePage } from "./savePage.mjs";
 
 // What a user's shell would do with it.
 function run(command, input = "", { mayFail = false } = {}) {
-    const done = spawnSync("bash", ["-o", "pipefail", "-c", command],
-        { input, encoding: "utf8", maxBuffer: 2 ** 30, stdio: ["pipe", "pipe", mayFail ? "ignore" : "inherit"] });
+    const done = spawnSync("bash", ["-o", "pipefail", "-c", command], {
+        input,
+        encoding: "utf8",
+        maxBuffer: 2 ** 30,
+        stdio: ["pipe", "pipe", mayFail ? "ignore" : "inherit"],
+    });
     if (done.status !== 0 && !mayFail) {
         throw new Error(`exit status ${done.status} of: ${command}`);
     }
@@ -25,42 +29,54 @@ function run(command, input = "", { mayFail = false } = {}) {
 
 // The rows of a csv with a header, numbers as such.
 function ask(file) {
-    const [header, ...lines] = run(`duckdb -csv fleet.duckdb < ${file}`).trimEnd().split("\n").map((line) => line.split(","));
-    return lines.map((line) => Object.fromEntries(header.map((name, i) =>
-        [name, line[i] !== "" && Number.isFinite(Number(line[i])) ? Number(line[i]) : line[i]])));
-}
-
-function savePage(page) {
-    const blocks = documentBlocks(page);
-    for (const { name, text } of blocks.filter((block) => block.name?.includes("."))) {
-        fs.writeFileSync(name, text, { mode: name.endsWith(".sh") ? 0o755 : 0o644 });
-    }
-    return {
-        commands: (name) => blocks.find((block) => block.name === name).text,
-        questions: blocks.filter((block) => block.language === "sql" && !block.name).map((block) => block.text),
-    };
+    const [header, ...lines] = run(`duckdb -csv fleet.duckdb < ${file}`)
+        .trimEnd()
+        .split("\n")
+        .map((line) => line.split(","));
+    return lines.map((line) =>
+        Object.fromEntries(
+            header.map((name, i) => [
+                name,
+                line[i] !== "" && Number.isFinite(Number(line[i])) ? Number(line[i]) : line[i],
+            ]),
+        ),
+    );
 }
 
 // The demo's causes hit nodes that are known: what is worked out agrees with what was played.
 function checkWhatWasPlanted(dumps, gaps, losses) {
     const nodeOf = { "stuck-node": "2/202/0", "slow-allocation": "1/103/0" };
     check(dumps.length === 200, `${dumps.length} dumps instead of 200`);
-    check(gaps.length === 2 * 20 && gaps.every(({ firstFrame, lastFrame }) =>
-        (firstFrame === 30 && lastFrame === 32) || (firstFrame === 45 && lastFrame === 45)),
-    `${gaps.length} gaps, not the 40 that were planted`);
+    check(
+        gaps.length === 2 * 20 &&
+            gaps.every(
+                ({ firstFrame, lastFrame }) =>
+                    (firstFrame === 30 && lastFrame === 32) ||
+                    (firstFrame === 45 && lastFrame === 45),
+            ),
+        `${gaps.length} gaps, not the 40 that were planted`,
+    );
     for (const loss of losses.filter((each) => each.lostFrame !== 30 && each.lostFrame !== 45)) {
         const { node, isStuck } = nodeOfLoss(loss);
-        check((nodeOf[loss.cause] ?? node) === node && isStuck === (loss.cause === "stuck-node"),
-            `${loss.file}: ${node} for ${loss.cause}`);
+        check(
+            (nodeOf[loss.cause] ?? node) === node && isStuck === (loss.cause === "stuck-node"),
+            `${loss.file}: ${node} for ${loss.cause}`,
+        );
     }
 }
 
 const [page, demo, ...steps] = process.argv.slice(2);
 const step = (text) => console.log(`${process.uptime().toFixed(1)} s: ${text}`);
-const { commands, questions } = savePage(page);
+const blocks = savePage(page);
+const commands = (name) => blocks.find((block) => block.name === name).text;
+const questions = blocks
+    .filter((block) => block.language === "sql" && !block.name)
+    .map((block) => block.text);
 const edges = makeEdgeDumps("edges");
 for (const format of ["csv", "ndjson"]) {
-    run(`vdrdump export edges/*.bin edges/*.txt --format ${format} -o edges.${format}`, "", { mayFail: true });
+    run(`vdrdump export edges/*.bin edges/*.txt --format ${format} -o edges.${format}`, "", {
+        mayFail: true,
+    });
 }
 step("200 dumps of ten devices and two days");
 const dumps = await makeFleet(".", demo);
@@ -75,7 +91,8 @@ const checks = {
         await checkEdgesInDuckdb(edges, shell);
         checkLake(dumps, gaps, losses, days, shell);
     },
-    "clickhouse-old": () => clickhouse({ name: "ClickHouse of Debian", isOld: true }, "clickhouse-old"),
+    "clickhouse-old": () =>
+        clickhouse({ name: "ClickHouse of Debian", isOld: true }, "clickhouse-old"),
     clickhouse: () => {
         process.env.PATH = `${process.cwd()}/today:${process.env.PATH}`;
         clickhouse({ name: "ClickHouse of today", isOld: false }, "clickhouse");
@@ -85,7 +102,11 @@ const checks = {
 };
 for (const name of steps) {
     step(name);
-    await checks[name]();
+    try {
+        await checks[name]();
+    } catch (error) {
+        check(false, `${name}: ${error.message}`);
+    }
 }
 step("done");
 process.exitCode = finishChecks() ? 0 : 1;

@@ -20,7 +20,9 @@ try {
         const reader = await statement.runAndReadAll();
         const rows = reader.getRows();
         if (reader.columnCount > 0 && i === statements.count - 1) {
-            console.log([reader.columnNames(), ...rows].map((row) => row.map(cellOf).join(",")).join("\n"));
+            console.log(
+                [reader.columnNames(), ...rows].map((row) => row.map(cellOf).join(",")).join("\n"),
+            );
         }
     }
 } catch (error) {

@@ -8,7 +8,9 @@ export const mean = (numbers) => sum(numbers) / numbers.length;
 function median(numbers) {
     const sorted = [...numbers].sort((a, b) => a - b);
     const middle = sorted.length / 2;
-    return sorted.length % 2 ? sorted[Math.floor(middle)] : (sorted[middle - 1] + sorted[middle]) / 2;
+    return sorted.length % 2
+        ? sorted[Math.floor(middle)]
+        : (sorted[middle - 1] + sorted[middle]) / 2;
 }
 
 export function groupBy(list, keyOf) {
@@ -25,11 +27,13 @@ export function groupBy(list, keyOf) {
 
 const nodeOf = (node) => `${node.ids_0}/${node.ids_1}/${node.ids_2}`;
 const isStuck = (node) => node.stamps_0 !== 0n && node.stamps_3 === 0n;
-const wholeOf = (node) => (node.stamps_0 !== 0n && node.stamps_3 !== 0n
-    ? Number(node.stamps_3 - node.stamps_0) : null);
+const wholeOf = (node) =>
+    node.stamps_0 !== 0n && node.stamps_3 !== 0n ? Number(node.stamps_3 - node.stamps_0) : null;
 
-const sessionsOf = (dumps) => dumps.flatMap((dump) =>
-    dump.sessions.map((records, i) => ({ ...dump, session: i + 1, records })));
+const sessionsOf = (dumps) =>
+    dumps.flatMap((dump) =>
+        dump.sessions.map((records, i) => ({ ...dump, session: i + 1, records })),
+    );
 
 export function gapsOf(dumps) {
     const gaps = [];
@@ -40,8 +44,17 @@ export function gapsOf(dumps) {
             if (!there.has(frame)) {
                 firstFrame ??= frame;
             } else if (firstFrame !== null) {
-                gaps.push({ day, device, build, file, session, records, firstFrame, lastFrame: frame - 1,
-                    frames: frame - firstFrame });
+                gaps.push({
+                    day,
+                    device,
+                    build,
+                    file,
+                    session,
+                    records,
+                    firstFrame,
+                    lastFrame: frame - 1,
+                    frames: frame - firstFrame,
+                });
                 firstFrame = null;
             }
         }
@@ -53,11 +66,21 @@ export function gapsOf(dumps) {
 export function lossesOf(dumps) {
     const announced = sessionsOf(dumps).filter((each) => each.lostFrame !== null);
     const gaps = gapsOf(dumps)
-        .filter((gap) => !announced.some((loss) => loss.day === gap.day && loss.device === gap.device &&
-            loss.lostFrame >= gap.firstFrame && loss.lostFrame <= gap.lastFrame))
+        .filter(
+            (gap) =>
+                !announced.some(
+                    (loss) =>
+                        loss.day === gap.day &&
+                        loss.device === gap.device &&
+                        loss.lostFrame >= gap.firstFrame &&
+                        loss.lostFrame <= gap.lastFrame,
+                ),
+        )
         .map((gap) => ({ ...gap, lostFrame: gap.firstFrame }));
     return [...announced, ...gaps].map((loss) => {
-        const before = loss.records.filter((record) => isNumbered(record) && record.frameNumber <= loss.lostFrame);
+        const before = loss.records.filter(
+            (record) => isNumbered(record) && record.frameNumber <= loss.lostFrame,
+        );
         const frame = Math.max(...before.map((record) => record.frameNumber));
         return { ...loss, record: before.find((record) => record.frameNumber === frame) };
     });
@@ -67,13 +90,25 @@ export function lossesOf(dumps) {
 // takes in the ten frames on either side.
 export function nodeOfLoss(loss) {
     const frame = loss.record.frameNumber;
-    const others = loss.records.filter((record) => isNumbered(record) && record.frameNumber !== frame &&
-        Math.abs(record.frameNumber - frame) <= 10);
-    const timesOf = (name) => others.flatMap((record) =>
-        record.nodeInfo.filter((node) => nodeOf(node) === name).map(wholeOf)).filter((time) => time !== null);
+    const others = loss.records.filter(
+        (record) =>
+            isNumbered(record) &&
+            record.frameNumber !== frame &&
+            Math.abs(record.frameNumber - frame) <= 10,
+    );
+    const timesOf = (name) =>
+        others
+            .flatMap((record) =>
+                record.nodeInfo.filter((node) => nodeOf(node) === name).map(wholeOf),
+            )
+            .filter((time) => time !== null);
     const ranked = loss.record.nodeInfo
-        .map((node) => ({ node: nodeOf(node), isStuck: isStuck(node),
-            excess: wholeOf(node) === null ? -Infinity : wholeOf(node) - median(timesOf(nodeOf(node))) }))
+        .map((node) => ({
+            node: nodeOf(node),
+            isStuck: isStuck(node),
+            excess:
+                wholeOf(node) === null ? -Infinity : wholeOf(node) - median(timesOf(nodeOf(node))),
+        }))
         .sort((a, b) => b.isStuck - a.isStuck || b.excess - a.excess);
     return ranked[0];
 }
@@ -92,16 +127,27 @@ export function answerNodes(losses) {
 
 export function answerGaps(gaps) {
     return [...groupBy(gaps, (gap) => `${gap.day} ${gap.device}`).values()].map((group) => ({
-        day: group[0].day, device: group[0].device, gaps: group.length, frames: sum(group.map((gap) => gap.frames)),
+        day: group[0].day,
+        device: group[0].device,
+        gaps: group.length,
+        frames: sum(group.map((gap) => gap.frames)),
     }));
 }
 
-const recorded = (dumps) => dumps.filter((dump) => dump.lostFrame === null)
-    .flatMap(({ build, sessions }) => sessions.flat().map((record) => ({ build, ...record })));
+const recorded = (dumps) =>
+    dumps
+        .filter((dump) => dump.lostFrame === null)
+        .flatMap(({ build, sessions }) => sessions.flat().map((record) => ({ build, ...record })));
 
 export function answerRates(dumps, losses) {
-    const rows = groupBy(recorded(dumps), (record) => `${record.build} ${record.sysStatusInfo_thermalLevel}`);
-    const lost = groupBy(losses, (loss) => `${loss.build} ${loss.record.sysStatusInfo_thermalLevel}`);
+    const rows = groupBy(
+        recorded(dumps),
+        (record) => `${record.build} ${record.sysStatusInfo_thermalLevel}`,
+    );
+    const lost = groupBy(
+        losses,
+        (loss) => `${loss.build} ${loss.record.sysStatusInfo_thermalLevel}`,
+    );
     return [...rows].map(([key, group]) => ({
         build: group[0].build,
         thermalLevel: group[0].sysStatusInfo_thermalLevel,
@@ -113,8 +159,11 @@ export function answerRates(dumps, losses) {
 
 export function answerCosts(dumps) {
     const runs = recorded(dumps).flatMap((record) =>
-        [...record.pluginAlgoCostTime, ...record.semantAlgoCostTime]
-            .map((algorithm) => ({ build: record.build, ...algorithm })));
+        [...record.pluginAlgoCostTime, ...record.semantAlgoCostTime].map((algorithm) => ({
+            build: record.build,
+            ...algorithm,
+        })),
+    );
     return [...groupBy(runs, (each) => `${each.build} ${each.name}`).values()].map((group) => ({
         build: group[0].build,
         name: group[0].name,

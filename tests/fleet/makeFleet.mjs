@@ -21,14 +21,30 @@ function buildOf(device, day) {
     return number < 4 || (number === 4 && day === days[0]) ? "A1.231005" : "B2.240301";
 }
 
-const plays = days.flatMap((day, dayNumber) => devices.flatMap((device, i) =>
-    causes.map((cause, place) => ({
-        day, device, cause, place,
-        seed: 1 + place + causes.length * (i + devices.length * dayNumber),
-    }))));
+const plays = days.flatMap((day, dayNumber) =>
+    devices.flatMap((device, i) =>
+        causes.map((cause, place) => ({
+            day,
+            device,
+            cause,
+            place,
+            seed: 1 + place + causes.length * (i + devices.length * dayNumber),
+        })),
+    ),
+);
 
 async function play({ cause, seed }, demo, root) {
-    await run(demo, ["--cause", cause, "--frames", frames, "--steady", "--seed", seed, "--root", root]);
+    await run(demo, [
+        "--cause",
+        cause,
+        "--frames",
+        frames,
+        "--steady",
+        "--seed",
+        seed,
+        "--root",
+        root,
+    ]);
     const inFolder = (folder) => {
         const at = path.join(root, "data/vendor", folder);
         return fs.readdirSync(at).map((name) => path.join(at, name));
@@ -36,14 +52,21 @@ async function play({ cause, seed }, demo, root) {
     const binary = inFolder("camera").filter((name) => name.endsWith(".bin"));
     const texts = inFolder("camera_frame_lost");
     if (binary.length !== 1 || texts.length !== 1) {
-        throw new Error(`${root}: ${binary.length} binary dumps and ${texts.length} texts instead of one each`);
+        throw new Error(
+            `${root}: ${binary.length} binary dumps and ${texts.length} texts instead of one each`,
+        );
     }
-    return { binary: fs.readFileSync(binary[0]), text: fs.readFileSync(texts[0]),
-        lostFrame: Number(texts[0].match(/_(\d+)\.txt$/)[1]) };
+    return {
+        binary: fs.readFileSync(binary[0]),
+        text: fs.readFileSync(texts[0]),
+        lostFrame: Number(texts[0].match(/_(\d+)\.txt$/)[1]),
+    };
 }
 
-const blocksOf = (bytes) => Array.from({ length: bytes.length / recordSize },
-    (_, i) => Buffer.from(bytes.subarray(i * recordSize, (i + 1) * recordSize)));
+const blocksOf = (bytes) =>
+    Array.from({ length: bytes.length / recordSize }, (_, i) =>
+        Buffer.from(bytes.subarray(i * recordSize, (i + 1) * recordSize)),
+    );
 
 // Frames 30 to 32 are gone, 21 came before 20, and what was 45 has lost its number.
 function damaged(bytes) {
@@ -58,11 +81,13 @@ function damaged(bytes) {
 
 async function inParallel(tasks, work) {
     const queue = [...tasks];
-    await Promise.all(os.cpus().map(async () => {
-        for (let task = queue.shift(); task; task = queue.shift()) {
-            await work(task);
-        }
-    }));
+    await Promise.all(
+        os.cpus().map(async () => {
+            for (let task = queue.shift(); task; task = queue.shift()) {
+                await work(task);
+            }
+        }),
+    );
 }
 
 // Writes dumps/DAY/DEVICE/ below `folder` and gives what is in them, read without vdrdump: a list
@@ -92,11 +117,19 @@ export async function makeFleet(folder, demo) {
             add("00.bin", bytes, [recordsOf(bytes)], null);
         } else if (place === 1) {
             const other = played.get(seed + 1).binary;
-            add("00.bin", Buffer.concat([binary, other]), [recordsOf(binary), recordsOf(other)], null);
+            add(
+                "00.bin",
+                Buffer.concat([binary, other]),
+                [recordsOf(binary), recordsOf(other)],
+                null,
+            );
         } else {
             add("00.bin", binary, [recordsOf(binary)], null);
         }
-        const lines = text.toString("latin1").split("\n").filter((line) => line !== "");
+        const lines = text
+            .toString("latin1")
+            .split("\n")
+            .filter((line) => line !== "");
         add(`05_${String(lostFrame).padStart(8, "0")}.txt`, text, [lines.map(readLine)], lostFrame);
     }
     fs.rmSync(path.join(folder, "played"), { recursive: true });

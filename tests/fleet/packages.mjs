@@ -10,7 +10,12 @@ export const loadClickhouse = () => require("chdb");
 // It is written for bundlers, which find what it imports where Node.js does not.
 export function loadSparkParser() {
     const outfile = path.resolve("sparkParser.cjs");
-    require("esbuild").buildSync({ entryPoints: [require.resolve("dt-sql-parser")], outfile,
-        bundle: true, platform: "node", format: "cjs" });
+    require("esbuild").buildSync({
+        entryPoints: [require.resolve("dt-sql-parser")],
+        outfile,
+        bundle: true,
+        platform: "node",
+        format: "cjs",
+    });
     return require(outfile);
 }

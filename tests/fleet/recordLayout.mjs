@@ -1,58 +1,68 @@
 // A frame record as docs/formats.md describes it, written down a second time and read without
 // vdrdump, so that a column that moves, or is called or typed otherwise, does not agree with it.
 
-export const negativeNan = "-nan";
-
+// Bytes, and what DataView calls it.
 const kinds = {
-    u8: [1, (view, at) => view.getUint8(at), (view, at, value) => view.setUint8(at, value)],
-    u16: [2, (view, at) => view.getUint16(at, true), (view, at, value) => view.setUint16(at, value, true)],
-    u32: [4, (view, at) => view.getUint32(at, true), (view, at, value) => view.setUint32(at, value, true)],
-    u64: [8, (view, at) => view.getBigUint64(at, true), (view, at, value) => view.setBigUint64(at, value, true)],
-    i16: [2, (view, at) => view.getInt16(at, true), (view, at, value) => view.setInt16(at, value, true)],
-    i32: [4, (view, at) => view.getInt32(at, true), (view, at, value) => view.setInt32(at, value, true)],
-    f32: [4, (view, at) => view.getFloat32(at, true), (view, at, value) => (value === negativeNan
-        ? view.setUint32(at, 0xffc00000, true) : view.setFloat32(at, value, true))],
+    u8: [1, "Uint8"],
+    u16: [2, "Uint16"],
+    u32: [4, "Uint32"],
+    u64: [8, "BigUint64"],
+    i16: [2, "Int16"],
+    i32: [4, "Int32"],
+    f32: [4, "Float32"],
 };
 
-const stamps = (names) => names.map((name) => [name, "u64"]);
-const numbered = (name, count, kind) => Array.from({ length: count }, (_, i) => [`${name}_${i}`, kind]);
-const group = (name, columns) => columns.map(([column, kind]) => [`${name}_${column}`, kind]);
-const array = (name, capacity, columns) => [[`${name}Count`, "u8"], [name, { capacity, columns }]];
+// Columns as pairs of name and kind; a number is the width of a text, "words*5" is words_0 to _4.
+function columns(text, prefix = "") {
+    return text
+        .trim()
+        .split(/\s+/)
+        .flatMap((column) => {
+            const [name, kind] = column.split(":");
+            const [base, count] = name.split("*");
+            const names = count
+                ? Array.from({ length: Number(count) }, (_, i) => `${base}_${i}`)
+                : [name];
+            return names.map((each) => [prefix + each, kinds[kind] ? kind : Number(kind)]);
+        });
+}
 
-const feature = [["id", "u32"], ["state", "u8"], ["stamp", "u64"]];
-const algorithm = [["name", 6], ["cost", "u8"]];
+function array(name, capacity, text) {
+    return [
+        [`${name}Count`, "u8"],
+        [name, { capacity, columns: columns(text) }],
+    ];
+}
 
-// Name and kind in the order of the layout; a number is the width of a text, an object an array.
+const dependencies = (name) =>
+    columns(`set${name}:u64`).concat(columns("Gyro:u64 Ois:u64 Accel:u64 Mag:u64", `get${name}`));
+
+// In the order of the layout; the kind of an array is an object.
 export const layout = [
-    ["frameNumber", "u32"],
-    ...group("cslInfo", [["value", "u32"], ["stamp", "u64"]]),
-    ["masterCameraId", "u8"], ["manualCaptureTag", "u8"], ["sensorModeIndex", "u8"], ["zoomRatio", "f32"],
-    ...group("sysStatusInfo", [
-        ["cpu0Freq", "i32"], ["cpu4Freq", "i32"], ["cpu7Freq", "i32"], ["cpuUsage", "u16"],
-        ["loadAvg1", "f32"], ["loadAvg5", "f32"], ["loadAvg15", "f32"],
-        ["shellFrontTemp", "i32"], ["shellBackTemp", "i32"], ["shellFrameTemp", "i32"],
-        ["memFree", "u32"], ["memAvailable", "u32"], ["usedMem", "u32"],
-        ["sceneMode", "u16"], ["thermalLevel", "u8"], ["thermalEscapeState", "u8"],
-    ]),
-    ["captureType", "u8"], ["videoAction", "u8"],
-    ...array("featureRequestStateInfo", 15, feature),
-    ...array("featureMessageTypeInfo", 15, feature),
-    ...array("pluginAlgoCostTime", 30, algorithm),
-    ...array("semantAlgoCostTime", 30, algorithm),
-    ...array("nodeInfo", 60, [...numbered("ids", 3, "u32"), ...numbered("stamps", 4, "u64")]),
-    ...stamps(["Gme", "EisV2", "EisV3"].flatMap((each) => [
-        `set${each}NcsDep`,
-        ...["Gyro", "Ois", "Accel", "Mag"].map((sensor) => `get${each}NcsDep${sensor}`)])),
-    ...group("ae_af_awb_info", [
-        ...numbered("words", 2, "u32"), ...numbered("ratios", 6, "f32"), ["word2", "u32"], ["short0", "i16"],
-        ...numbered("words3", 5, "u32"), ["short1", "i16"],
-    ]),
-    ...group("awbInfo_qawb_cap", [...numbered("gains", 9, "f32"), ["word", "u32"]]),
-    ...array("awbInfo_qawb_cap_sa", 10, [["name", 15], ["value", "f32"]]),
-    ...group("memoryAllocTimeoutInfo", [
-        ["itemName", 40], ["allocSizeKB", "u32"], ["allocTimeSec", "u16"], ["itemType", "u8"]]),
+    ...columns("frameNumber:u32 cslInfo_value:u32 cslInfo_stamp:u64"),
+    ...columns("masterCameraId:u8 manualCaptureTag:u8 sensorModeIndex:u8 zoomRatio:f32"),
+    ...columns("cpu0Freq:i32 cpu4Freq:i32 cpu7Freq:i32 cpuUsage:u16", "sysStatusInfo_"),
+    ...columns("loadAvg1:f32 loadAvg5:f32 loadAvg15:f32", "sysStatusInfo_"),
+    ...columns("shellFrontTemp:i32 shellBackTemp:i32 shellFrameTemp:i32", "sysStatusInfo_"),
+    ...columns("memFree:u32 memAvailable:u32 usedMem:u32 sceneMode:u16", "sysStatusInfo_"),
+    ...columns("thermalLevel:u8 thermalEscapeState:u8", "sysStatusInfo_"),
+    ...columns("captureType:u8 videoAction:u8"),
+    ...array("featureRequestStateInfo", 15, "id:u32 state:u8 stamp:u64"),
+    ...array("featureMessageTypeInfo", 15, "id:u32 state:u8 stamp:u64"),
+    ...array("pluginAlgoCostTime", 30, "name:6 cost:u8"),
+    ...array("semantAlgoCostTime", 30, "name:6 cost:u8"),
+    ...array("nodeInfo", 60, "ids*3:u32 stamps*4:u64"),
+    ...["GmeNcsDep", "EisV2NcsDep", "EisV3NcsDep"].flatMap(dependencies),
+    ...columns("words*2:u32 ratios*6:f32 word2:u32 short0:i16", "ae_af_awb_info_"),
+    ...columns("words3*5:u32 short1:i16", "ae_af_awb_info_"),
+    ...columns("gains*9:f32 word:u32", "awbInfo_qawb_cap_"),
+    ...array("awbInfo_qawb_cap_sa", 10, "name:15 value:f32"),
+    ...columns("itemName:40 allocSizeKB:u32", "memoryAllocTimeoutInfo_"),
+    ...columns("allocTimeSec:u16 itemType:u8", "memoryAllocTimeoutInfo_"),
 ];
 
+// What only bytes can say.
+export const negativeNan = "-nan";
 export const recordSize = 4096;
 export const unknownFrame = 4294967295;
 
@@ -67,9 +77,11 @@ function printed(value) {
 function textOf(bytes) {
     const end = bytes.indexOf(0);
     return [...(end < 0 ? bytes : bytes.subarray(0, end))]
-        .map((byte) => (byte >= 0x20 && byte <= 0x7e && byte !== 0x5c
-            ? String.fromCharCode(byte)
-            : `\\x${byte.toString(16).padStart(2, "0")}`))
+        .map((byte) =>
+            byte >= 0x20 && byte <= 0x7e && byte !== 0x5c
+                ? String.fromCharCode(byte)
+                : `\\x${byte.toString(16).padStart(2, "0")}`,
+        )
         .join("");
 }
 
@@ -86,7 +98,7 @@ export function readBinary(bytes) {
         if (typeof kind === "number") {
             return textOf(bytes.subarray(from, at));
         }
-        const value = kinds[kind][1](view, from);
+        const value = view[`get${kinds[kind][1]}`](from, true);
         return kind === "f32" ? printed(value) : value;
     };
     const record = {};
@@ -96,10 +108,13 @@ export function readBinary(bytes) {
             continue;
         }
         const count = record[countOf(name)];
-        const end = at + kind.capacity * kind.columns.reduce((all, [, each]) => all + sizeOf(each), 0);
+        const end =
+            at + kind.capacity * kind.columns.reduce((all, [, each]) => all + sizeOf(each), 0);
         const elements = [];
         for (let i = 0; i < Math.min(count, kind.capacity); ++i) {
-            const element = Object.fromEntries(kind.columns.map(([column, each]) => [column, next(each)]));
+            const element = Object.fromEntries(
+                kind.columns.map(([column, each]) => [column, next(each)]),
+            );
             if (at <= bytes.length) {
                 elements.push(element);
             }
@@ -113,7 +128,7 @@ export function readBinary(bytes) {
 // A line of text, or as much of one as the recorder wrote.
 export function readLine(line) {
     const cells = line.split(",");
-    cells.pop();  // behind the last comma is nothing, or a value that was cut
+    cells.pop(); // behind the last comma is nothing, or a value that was cut
     const next = (kind) => {
         const cell = cells.shift();
         if (cell === undefined || typeof kind === "number") {
@@ -134,7 +149,9 @@ export function readLine(line) {
         const count = record[countOf(name)];
         record[name] = count === null ? null : [];
         for (let i = 0; i < count; ++i) {
-            const element = Object.fromEntries(kind.columns.map(([column, each]) => [column, next(each)]));
+            const element = Object.fromEntries(
+                kind.columns.map(([column, each]) => [column, next(each)]),
+            );
             if (Object.values(element).every((value) => value !== null)) {
                 record[name].push(element);
             }
@@ -151,8 +168,10 @@ export function binaryOf(values) {
     const put = (kind, value) => {
         if (typeof kind === "number") {
             bytes.set(Buffer.from(value ?? "", "latin1").subarray(0, kind), at);
+        } else if (value === negativeNan) {
+            view.setUint32(at, 0xffc00000, true);
         } else if (value !== undefined) {
-            kinds[kind][2](view, at, value);
+            view[`set${kinds[kind][1]}`](at, value, true);
         }
         at += sizeOf(kind);
     };
