@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What check-fleet and bench-fleet share: the engines from the npm registry, and a folder in which
 # the page's commands are called by their names. To be sourced in the root of the checkout.
 . scripts/packages.sh
@@ -31,7 +32,7 @@ command_for() {
 enter_fleet() {
     rm -rf "${fleet:?}/$1"
     mkdir -p "$fleet/$1/bin" "$fleet/$1/today"
-    cd "$fleet/$1"
+    cd "$fleet/$1" || exit
     ln -s "$here/build/demo/tools/vdrdump" bin/vdrdump
     command_for bin/duckdb duckdb.mjs
     command_for today/clickhouse-client clickhouseClient.mjs

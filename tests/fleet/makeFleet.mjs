@@ -13,7 +13,7 @@ const run = promisify(execFile);
 export const days = ["2026-11-20", "2026-11-21"];
 const devices = Array.from({ length: 10 }, (_, i) => `phone${i}`);
 const causes = ["stuck-node", "slow-allocation", "thermal", "stuck-node", "slow-allocation"];
-const frames = 130;
+const frames = 90;
 
 // Phone 4 is updated between the two days.
 function buildOf(device, day) {
@@ -68,14 +68,14 @@ const blocksOf = (bytes) =>
         Buffer.from(bytes.subarray(i * recordSize, (i + 1) * recordSize)),
     );
 
-// Frames 30 to 32 are gone, 21 came before 20, and what was 45 has lost its number.
+// Frames 10 to 12 are gone, 15 came before 14, and what was 17 has lost its number.
 function damaged(bytes) {
     const records = blocksOf(bytes);
     const placeOf = (frame) => records.findIndex((record) => record.readUInt32LE(0) === frame);
-    records.splice(placeOf(30), 3);
-    const late = placeOf(20);
+    records.splice(placeOf(10), 3);
+    const late = placeOf(14);
     [records[late], records[late + 1]] = [records[late + 1], records[late]];
-    records[placeOf(45)].writeUInt32LE(unknownFrame, 0);
+    records[placeOf(17)].writeUInt32LE(unknownFrame, 0);
     return Buffer.concat(records);
 }
 
