@@ -30,9 +30,6 @@ function typesOf([name, kind], isOld) {
         : [{ name, type: `Array(Tuple(${members.join(", ")}))` }];
 }
 
-// Old releases read a float a digit beside it.
-const nearFloat = 1e-6;
-
 const lines = (text) =>
     text
         .split("\n")
@@ -110,7 +107,6 @@ export function checkClickhouse({ name: release, isOld }, block, edges, dumps, {
         `${release}, edges`,
         rows.map((line) => rowOf(JSON.parse(line))),
         expected,
-        isOld ? nearFloat : 0,
     );
 
     clear();
