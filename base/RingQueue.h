@@ -34,12 +34,19 @@ public:
 
     // False, with nothing changed, where memory is refused.
     bool push_back(const T& item) {
-        if (mSize == mCapacity && !reserve(mCapacity == 0 ? kFirstCapacity : mCapacity * 2)) {
-            return false;
+        T* const place = extend();
+        if (place != nullptr) {
+            std::memcpy(static_cast<void*>(place), &item, sizeof(T));
         }
-        std::memcpy(static_cast<void*>(&mItems[slot(mSize)]), &item, sizeof(T));
-        ++mSize;
-        return true;
+        return place != nullptr;
+    }
+    // A place behind the last element, for the caller to fill. Null, with nothing changed, where
+    // memory is refused.
+    T* extend() {
+        if (mSize == mCapacity && !reserve(mCapacity == 0 ? kFirstCapacity : mCapacity * 2)) {
+            return nullptr;
+        }
+        return &mItems[slot(mSize++)];
     }
 
     void pop_front() {

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstddef>
 
 // Clang checks at compile time that what a lock guards is touched under it only; other compilers
 // skip the annotations.
@@ -21,6 +22,10 @@
 #define VDR_ASSERT_CAPABILITY(x) VDR_THREAD_ANNOTATION(assert_capability(x))
 
 namespace zk {
+
+// Bytes of memory that go from processor to processor at once. A lock that camera threads share
+// starts a line, so that what it guards comes along with it and its neighbours stay where they are.
+inline constexpr size_t kCacheLine = 64;
 
 // The recorder's one kind of lock: one byte, no kernel object. Whoever has to wait looks again for
 // a microsecond and then naps between attempts, so that the holder gets the processor. Most holders

@@ -1,4 +1,6 @@
+#include <atomic>
 #include <cstring>
+#include <thread>
 
 #include "benchmarks/BareLock.h"
 #include "benchmarks/EmptyCall.h"
@@ -262,6 +264,25 @@ Row framesOfTwoThreads(IVideoDataRecoder& recorder) {
     return {frames(recorder, "frame: each of two threads", 2), framesOfOneThread(recorder), 1.25};
 }
 
+// What a word costs that two processors change in turn, as they do with every lock that both of
+// them take and with what lies beside it.
+Row lineThereAndBack() {
+    const auto run = [](benchmark::State& state) {
+        constexpr int kLooks = 1000;
+        static std::atomic<int> turn{0};
+        const int mine = state.thread_index();
+        measure(state, [&](int64_t) {
+            for (int i = 1; turn.load(std::memory_order_acquire) != mine; ++i) {
+                if (i % kLooks == 0) {
+                    std::this_thread::yield();  // both may be on one processor
+                }
+            }
+            turn.store(1 - mine, std::memory_order_release);
+        });
+    };
+    return {{"a word: to the other processor and back", run, 2}, lockPair()};
+}
+
 Row statusQuestion(IVideoDataRecoder& recorder) {
     const auto run = [&recorder](benchmark::State& state) {
         bool isOpen = false;
@@ -302,10 +323,12 @@ Row systemStatus(IVideoDataRecoder& recorder) {
 
 std::vector<Row> framePathRows(Device& device) {
     IVideoDataRecoder& recorder = device.recorder();
-    return {scalarWrite(recorder), arrayAppend(recorder),        writeOfAllTags(recorder),
-            taking(recorder),      completing(recorder),         reporting(recorder),
-            wholeFrame(recorder),  framesOfTwoThreads(recorder), statusQuestion(recorder),
-            fence(recorder),       systemStatus(recorder)};
+    return {scalarWrite(recorder),    arrayAppend(recorder),
+            writeOfAllTags(recorder), taking(recorder),
+            completing(recorder),     reporting(recorder),
+            wholeFrame(recorder),     framesOfTwoThreads(recorder),
+            lineThereAndBack(),       statusQuestion(recorder),
+            fence(recorder),          systemStatus(recorder)};
 }
 
 }  // namespace zk::bench

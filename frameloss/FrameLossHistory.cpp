@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/BoundedMemory.h"
 #include "platform/Log.h"
 
 namespace zk {
@@ -82,7 +83,7 @@ FrameLossHistory::Step FrameLossHistory::keep(const frameData& frame, uint32_t c
         step.isOutOfMemory = true;
         return step;
     }
-    mFrameLostDataQueue.push_back(frame);
+    memcpy_s(mFrameLostDataQueue.extend()->bytes, kFrameRecordSize, frame.bytes, kFrameRecordSize);
     const bool isLossPending = !mFrameLostNumQueue.empty();
     // Equality only: a history that a pending loss has made longer is not trimmed.
     if (mFrameLostDataQueue.size() == kFramesBeforeLoss + 1 &&

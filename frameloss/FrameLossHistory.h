@@ -74,7 +74,8 @@ private:
     LossCompletions& mCompletions;
     std::atomic<bool> mFrameLostExceedFlag{false};
 
-    SpinLock mFrameLostLock;  // taken before the lock of the completions, never after it
+    // Taken before the lock of the completions, never after it.
+    alignas(kCacheLine) SpinLock mFrameLostLock;
     RingQueue<frameData> mFrameLostDataQueue VDR_GUARDED_BY(mFrameLostLock);  // oldest in front
     RingQueue<frameData> mNextDataQueue VDR_GUARDED_BY(mFrameLostLock);       // empty: its memory
     std::deque<uint32_t> mFrameLostNumQueue VDR_GUARDED_BY(mFrameLostLock);   // in order of report

@@ -6,6 +6,7 @@
 
 #include "livephoto/LivePhotoRequest.h"
 #include "livephoto/SharedBuffer.h"
+#include "platform/BoundedMemory.h"
 #include "platform/Log.h"
 #include "platform/ORNProxy.h"
 
@@ -39,7 +40,7 @@ void LivePhoto::store(uint32_t frameNumber, const frameData& record) {
             return;
         }
     }
-    mLivePhotoDataMap[place] = record;
+    memcpy_s(mLivePhotoDataMap[place].bytes, kFrameRecordSize, record.bytes, kFrameRecordSize);
     mIsStored.set(place);
 }
 

@@ -52,7 +52,7 @@ private:
     // Puts what the request asks for into the buffer. 1, or 0 where that failed.
     int32_t fill(SharedBuffer& buffer, const LivePhotoRequest& request);
 
-    SpinLock mLivePhotoLock;
+    alignas(kCacheLine) SpinLock mLivePhotoLock;
     // Kept once allocated: when a session opens, or with the first record of a closed recorder.
     std::unique_ptr<frameData[]> mLivePhotoDataMap VDR_GUARDED_BY(mLivePhotoLock);
     std::bitset<kFrames> mIsStored VDR_GUARDED_BY(mLivePhotoLock);

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/SpinLock.h"
+
 namespace zk {
 
 // Frame number -> record block for the frames that are being filled: a hash table of fixed size,
@@ -17,6 +19,15 @@ public:
     // Never holds more, so that it stays sparse and probing short.
     static constexpr size_t kMaxEntries = 80;
 
+    // Null where a glance does not show the frame's block: it is absent, or displaced by another
+    // frame, or the table is being changed. Any thread, at any time.
+    void* glance(uint32_t frameNumber) const {
+        const size_t i = home(frameNumber);
+        const uint32_t version = mVersion.load(std::memory_order_acquire);
+        const bool isHere = numberAt(i) == frameNumber;
+        void* const block = blockAt(i);
+        return isHere && isStill(version) ? block : nullptr;
+    }
     // What a look-up found: nothing to rely on where the table was being changed.
     struct Sight {
         bool isClear;
@@ -27,9 +38,7 @@ public:
     Sight look(uint32_t frameNumber) const {
         const uint32_t version = mVersion.load(std::memory_order_acquire);
         void* const block = find(frameNumber);
-        std::atomic_thread_fence(std::memory_order_acquire);
-        const bool isUnchanged = mVersion.load(std::memory_order_relaxed) == version;
-        return {isUnchanged && version % 2 == 0, block};
+        return {isStill(version), block};
     }
 
     // All below: one thread at a time.
@@ -39,9 +48,8 @@ public:
         size_t i = home(frameNumber);
         // Bounded for those who look while entries move: they may never meet a free slot.
         for (size_t probes = 0; probes < kSlots; ++probes, i = next(i)) {
-            void* const block = mSlots[i].block.load(std::memory_order_relaxed);
-            if (block == nullptr ||
-                mSlots[i].frameNumber.load(std::memory_order_relaxed) == frameNumber) {
+            void* const block = blockAt(i);
+            if (block == nullptr || numberAt(i) == frameNumber) {
                 return block;
             }
         }
@@ -122,6 +130,13 @@ private:
     static size_t next(size_t slot) { return (slot + 1) & (kSlots - 1); }
     static size_t distance(size_t from, size_t to) { return (to - from) & (kSlots - 1); }
 
+    // Whether nothing was changed since the version was loaded, nor was being changed then: an odd
+    // version never comes up again with its lowest bit cleared.
+    bool isStill(uint32_t version) const {
+        std::atomic_thread_fence(std::memory_order_acquire);
+        return mVersion.load(std::memory_order_relaxed) == (version & ~1U);
+    }
+
     void* blockAt(size_t i) const { return mSlots[i].block.load(std::memory_order_relaxed); }
     uint32_t numberAt(size_t i) const {
         return mSlots[i].frameNumber.load(std::memory_order_relaxed);
@@ -131,9 +146,10 @@ private:
         mSlots[i].block.store(block, std::memory_order_relaxed);
     }
 
-    std::atomic<uint32_t> mVersion{0};
+    // Apart from the pool's lock, which changes hands more often.
+    alignas(kCacheLine) std::atomic<uint32_t> mVersion{0};
+    uint32_t mSize = 0;
     std::array<Slot, kSlots> mSlots{};
-    size_t mSize = 0;
 };
 
 }  // namespace zk

@@ -45,7 +45,7 @@ void FrameRecordPool::take(uint32_t frameNumber) {
 }
 
 void* FrameRecordPool::find(uint32_t frameNumber) {
-    if (const FrameBlockMap::Sight sight = look(frameNumber); sight.isClear) {
+    if (const FrameBlockMap::Sight sight = mDataProcessingPool.look(frameNumber); sight.isClear) {
         return sight.block;
     }
     const SpinLockGuard guard(mDataPoolLock);

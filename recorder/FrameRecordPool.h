@@ -33,12 +33,11 @@ public:
 
     // Nothing happens where no block is free or the frame has one already.
     void take(uint32_t frameNumber);
-    // The block of a frame that is being filled, or null, looked for without the lock. It is
-    // written outside the lock too. In sight of the compiler, since every field write passes here.
-    FrameBlockMap::Sight look(uint32_t frameNumber) const {
-        return mDataProcessingPool.look(frameNumber);
-    }
-    // The same; takes the lock while somebody changes the pool.
+    // The block of a frame that is being filled where a glance without the lock shows it, else
+    // null. In sight of the compiler, since every field write passes here.
+    void* glance(uint32_t frameNumber) const { return mDataProcessingPool.glance(frameNumber); }
+    // The block of a frame that is being filled, or null; takes the lock only while somebody
+    // changes the pool. It is written outside the lock.
     void* find(uint32_t frameNumber);
     // Copies the block of a frame that is being filled.
     Copy copy(uint32_t frameNumber, frameData& out);
@@ -69,10 +68,11 @@ private:
 
     std::vector<void*> mDataBufferList;  // owns the blocks; fixed after construction
 
-    SpinLock mDataPoolLock;  // held for container work, to copy a record and to clear blocks
+    // Held for container work, to copy a record and to clear blocks.
+    alignas(kCacheLine) SpinLock mDataPoolLock;
     RingQueue<void*> mDataReadyPool VDR_GUARDED_BY(mDataPoolLock);
-    FrameBlockMap mDataProcessingPool;  // changed under the lock, looked at without it
     RingQueue<void*> mDataDonePool VDR_GUARDED_BY(mDataPoolLock);  // oldest at the front
+    FrameBlockMap mDataProcessingPool;  // changed under the lock, looked at without it
 };
 
 }  // namespace zk

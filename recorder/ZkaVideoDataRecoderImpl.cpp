@@ -35,7 +35,6 @@ long userType() {
 ZkaVideoDataRecoderImpl::ZkaVideoDataRecoderImpl()
       : mVDRLevel(property_get_int32("vendor.camera.debug.VideoDataRecorderLevel", 1)),
         mName2Tag(makeName2Tag()),
-        mTag2WriteFunc(tag::kCount),
         mFrameLoss(std::make_shared<FrameLoss>(mVDRLevel)) {
     const std::shared_ptr<Orn::IEventAgency> eventAgency =
             DfxMonitorAgency::GetInstance()->GetEventAgency();
@@ -175,11 +174,10 @@ void ZkaVideoDataRecoderImpl::writeMaintain(uint32_t frameNumber, uint32_t tagId
         logRefusedWrite(frameNumber, tagId, data);
         return;
     }
-    const FrameBlockMap::Sight sight = mFrameRecordPool.look(frameNumber);
-    if (!sight.isClear) {
-        writeUnderChange(frameNumber, writer, data);
-    } else if (sight.block != nullptr) {
-        writer(sight.block, data);
+    if (void* block = mFrameRecordPool.glance(frameNumber); block != nullptr) {
+        writer(block, data);
+    } else {
+        writeAfterSearch(frameNumber, writer, data);
     }
 }
 
@@ -198,7 +196,7 @@ void ZkaVideoDataRecoderImpl::logRefusedWrite(uint32_t frameNumber, uint32_t tag
     }
 }
 
-void ZkaVideoDataRecoderImpl::writeUnderChange(uint32_t frameNumber, WriteFunc writer,
+void ZkaVideoDataRecoderImpl::writeAfterSearch(uint32_t frameNumber, WriteFunc writer,
                                                const void* data) {
     if (void* block = mFrameRecordPool.find(frameNumber); block != nullptr) {
         writer(block, data);

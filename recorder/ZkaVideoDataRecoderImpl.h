@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -16,6 +17,7 @@
 #include "recorder/FrameRecordPool.h"
 #include "recorder/IVideoDataRecoder.h"
 #include "recorder/VideoWindow.h"
+#include "records/FieldTags.h"
 #include "records/FieldWriter.h"
 #include "registries/AllocTimeouts.h"
 #include "registries/ChiFenceMap.h"
@@ -75,8 +77,8 @@ private:
     // The line about a write without a usable tag, data or writer.
     __attribute__((noinline)) static void logRefusedWrite(uint32_t frameNumber, uint32_t tagId,
                                                           const void* data);
-    // A field write while somebody changes the pool.
-    __attribute__((noinline)) void writeUnderChange(uint32_t frameNumber, WriteFunc writer,
+    // A field write to a frame that a glance did not show.
+    __attribute__((noinline)) void writeAfterSearch(uint32_t frameNumber, WriteFunc writer,
                                                     const void* data);
     // Takes every tag's writer from mName2FuncMap.
     void bindWriters();
@@ -94,7 +96,7 @@ private:
     const std::unordered_map<std::string, uint16_t> mName2Tag;
     std::atomic<const Name2FuncMap*> mName2FuncMap{nullptr};  // of the active level
     // Tag -> the active level's writer; null where the level lacks the field or nothing is bound.
-    std::vector<std::atomic<WriteFunc>> mTag2WriteFunc;
+    std::array<std::atomic<WriteFunc>, tag::kCount> mTag2WriteFunc{};
 
     const std::shared_ptr<FrameLoss> mFrameLoss;  // shared with its writers on the worker pool
 

@@ -45,7 +45,8 @@ TEST(FrameBlockMapTest, LookWithoutALock_FindsWhatWasThereBeforeOrAfterAChange) 
     const auto map = std::make_unique<FrameBlockMap>();
     std::vector<History> histories(kFrames);
     std::atomic<bool> isChanging{true};
-    std::atomic<uint64_t> clear{0};
+    std::atomic<uint64_t> clear{0};  // looks
+    std::atomic<uint64_t> shown{0};  // glances
     std::vector<std::thread> lookers;
     for (unsigned seed = 1; seed <= 3; ++seed) {
         lookers.emplace_back([&, random = std::minstd_rand(seed)]() mutable {
@@ -54,6 +55,12 @@ TEST(FrameBlockMapTest, LookWithoutALock_FindsWhatWasThereBeforeOrAfterAChange) 
                 const uint64_t from = histories[frame].ended;
                 const FrameBlockMap::Sight sight = map->look(numberOf(frame));
                 const uint64_t to = histories[frame].begun;
+                void* const glanced = map->glance(numberOf(frame));
+                const uint64_t toGlance = histories[frame].begun;
+                if (glanced != nullptr) {
+                    ++shown;
+                    ASSERT_TRUE(wasSo(frame, glanced, from, toGlance)) << "frame " << frame;
+                }
                 if (sight.isClear) {
                     ++clear;
                     ASSERT_TRUE(wasSo(frame, sight.block, from, to)) << "frame " << frame;
@@ -62,7 +69,7 @@ TEST(FrameBlockMapTest, LookWithoutALock_FindsWhatWasThereBeforeOrAfterAChange) 
         });
     }
     std::minstd_rand random(4);
-    for (uint32_t i = 0; i < kChanges || clear == 0; ++i) {
+    for (uint32_t i = 0; i < kChanges || clear == 0 || shown == 0; ++i) {
         const auto frame = static_cast<uint32_t>(random()) % kFrames;
         const uint64_t change = ++histories[frame].begun;
         if (change % 2 == 1) {

@@ -21,7 +21,8 @@ How warm was it around it, and how far was the camera zoomed in, line by line?
   vdrdump show DUMP --around 1234 --table zoomRatio sysStatusInfo_shellFrontTemp
 Which fields are there?
   vdrdump fields
-Can I see the whole session at a glance?
+Can I see at a glance what happened around it, or in the whole session?
+  vdrdump plot VIDEO_DEBUG_20240301_120130_00001234.txt -o loss.svg
   vdrdump plot DUMP -o session.svg
 Can I ask questions in SQL?
   vdrdump export *.bin *.txt --format sqlite -o dumps.db
@@ -100,9 +101,10 @@ void addInfo(CLI::App& app, CommandLine& line) {
     info.add_flag("--json", line.isJson, "The same as JSON");
 }
 
-void addNames(CLI::App& command, CommandLine& line) {
-    command.add_option("--names", line.names,
-                       "What to call the nodes: a line each, such as 2/202/0 scaler")
+CLI::Option* addNames(CLI::App& command, CommandLine& line) {
+    return command
+            .add_option("--names", line.names,
+                        "What to call the nodes: a line each, such as 2/202/0 scaler")
             ->type_name("NAMES");
 }
 
@@ -132,7 +134,8 @@ void addShow(CLI::App& app, CommandLine& line) {
                 "A line per record with these, and how they differ from the record before")
             ->type_name("FIELD")
             ->expected(1, -1)
-            ->excludes(fields);
+            ->excludes(fields)
+            ->excludes(addNames(show, line));
 }
 
 void addExport(CLI::App& app, CommandLine& line) {
@@ -151,11 +154,13 @@ void addExport(CLI::App& app, CommandLine& line) {
 }
 
 void addPlot(CLI::App& app, CommandLine& line) {
-    CLI::App& plot = addCommand(app, line, Command::Plot, "plot", "A picture of a camera session");
+    CLI::App& plot = addCommand(app, line, Command::Plot, "plot",
+                                "A picture of a camera session, with what led to a loss");
     addFile(plot, line);
     plot.add_option("-o", line.output, "Where to: a name that ends in .svg or .png")
             ->type_name("OUT")
             ->required();
+    addNames(plot, line);
     addSelection(plot, line);
 }
 

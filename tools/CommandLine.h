@@ -27,7 +27,7 @@ struct CommandLine {
     Engine engine = Engine::DuckDb;  // schema
     std::string output = "-";
     std::string log;    // explain
-    std::string names;  // explain, export
+    std::string names;  // explain, show, export, plot
 
     // False when there is nothing left to do: help was asked for or the usage is wrong, which has
     // been answered; `status` is then how to exit.

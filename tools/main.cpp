@@ -23,6 +23,10 @@ namespace {
 
 using vdrdump::CommandLine;
 
+vdrdump::NodeNames namesOf(const CommandLine& line) {
+    return line.names.empty() ? vdrdump::NodeNames() : vdrdump::NodeNames::fromFile(line.names);
+}
+
 std::unique_ptr<vdrdump::RecordSink> makeSink(const CommandLine& line,
                                               vdrdump::Progress& progress) {
     switch (line.command) {
@@ -35,9 +39,10 @@ std::unique_ptr<vdrdump::RecordSink> makeSink(const CommandLine& line,
             if (line.isTable) {
                 return std::make_unique<vdrdump::TableSink>(line.fields);
             }
-            return std::make_unique<vdrdump::ShowSink>(line.fields);
+            return std::make_unique<vdrdump::ShowSink>(line.fields, namesOf(line));
         case CommandLine::Command::Plot:
-            return std::make_unique<vdrdump::PlotSink>(line.output, line.selection, line.fields);
+            return std::make_unique<vdrdump::PlotSink>(line.output, line.selection, line.fields,
+                                                       namesOf(line));
         default:
             break;
     }

@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "tools/plot/PlotCurves.h"
+#include "tools/plot/SessionCurves.h"
 #include "tools/read/MemorySource.h"
 #include "tools/record/ColumnText.h"
 #include "tools/session/SessionStatistics.h"
@@ -47,7 +47,7 @@ public:
         if (end.records != mRecords || mInSessions != mRecords) {
             std::abort();
         }
-        mCurves.table();
+        mCurves.finish();
     }
     bool finish() override { return true; }
     bool isDone() const override { return false; }
@@ -57,7 +57,7 @@ private:
     uint64_t mInSessions = 0;
     uint64_t mLastIndex = 0;
     vdrdump::SessionStatistics mStatistics;
-    vdrdump::PlotCurves mCurves{vdrdump::panelsOf({})};
+    vdrdump::SessionCurves mCurves{{}};
 };
 
 }  // namespace

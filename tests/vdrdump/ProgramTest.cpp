@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "tests/vdrdump/Dumps.h"
+#include "tests/vdrdump/MadeSession.h"
 #include "tests/vdrdump/Program.h"
 #include "tools/read/DumpName.h"
 
@@ -66,6 +66,17 @@ TEST(Program, ShowPrintsTheFramesAndFieldsAskedFor) {
     EXPECT_EQ(run({"show", "--frame", "00000070"}, dump).out,
               run({"show", "--frames", "70:70"}, dump).out);
     EXPECT_EQ(run({"show", "--frame", "30"}, dump).status, 1);
+}
+
+TEST(Program, ShowCallsNodesByTheirNames) {
+    const TempFolder folder;
+    const std::string names = folder.file("names", "7/101/0 noise filter\n");
+    const std::string dump = binaryOf(MadeSession().frames(1, 2, 1));
+    const Program named =
+            run({"show", "--frame", "1", "--field", "nodeInfo", "--names", names}, dump);
+    EXPECT_TRUE(contains(named.out, "noise filter, ids_0 0x7, ids_1 0x65")) << named.out;
+    EXPECT_EQ(named.out.find("noise filter"), named.out.rfind("noise filter"));
+    EXPECT_EQ(run({"show", "--names", names, "--table", "zoomRatio"}, dump).status, 2);
 }
 
 struct Usage {
@@ -136,62 +147,6 @@ TEST(Program, Output_ReplacesWhatIsThereButNeverItsDump) {
     const std::string out = folder.file("out.csv", std::string(100000, 'x'));
     EXPECT_EQ(run({"export", "--format", "csv", "-o", out}, bytes).status, 0);
     EXPECT_EQ(contentsOf(out), run({"export", "--format", "csv"}, bytes).out);
-}
-
-size_t occurrences(const std::string& text, const std::string& part) {
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
-        ++count;
-    }
-    return count;
-}
-
-TEST(Program, Plot_DrawsTheSessionWithItsMarks) {
-    const TempFolder folder;
-    const std::string dump = folder.file("it's.bin", binaryOf(session()));
-    const std::string svg = folder.path("out.svg");
-    const Program program = run({"plot", dump, "-o", svg});
-    ASSERT_EQ(program.status, 0) << program.err;
-    EXPECT_EQ(program.err + program.out, "");
-    const std::string picture = contentsOf(svg);
-    for (const char* part : {"<svg", "it's.bin", "2 missing", "missing frames", "video recording",
-                             "zoom", "shell back", "cpu7", "nodes"}) {
-        EXPECT_TRUE(contains(picture, part)) << part;
-    }
-    const std::string png = folder.path("out.png");
-    EXPECT_EQ(run({"plot", dump, "-o", png}).status, 0);
-    EXPECT_EQ(contentsOf(png).substr(1, 3), "PNG");
-    const Program plain = run({"plot", "-", "-o", svg}, binaryOf({frame(1), frame(2)}));
-    ASSERT_EQ(plain.status, 0) << plain.err;
-    constexpr size_t kPanels = 6;
-    for (const char* color : {"rgb(214,  39,  40)", "rgb(227, 241, 222)"}) {
-        EXPECT_GE(occurrences(picture, color), occurrences(contentsOf(svg), color) + kPanels);
-    }
-}
-
-TEST(Program, Plot_DrawsTheChosenSessionFramesAndFields) {
-    const TempFolder folder;
-    std::vector<Frame> frames = session();
-    for (uint32_t number = 1; number <= 50; ++number) {
-        frames.push_back(frame(number));
-    }
-    const std::string dump = folder.file("a.bin", binaryOf(frames));
-    const std::string svg = folder.path("out.svg");
-    ASSERT_EQ(run({"plot", dump, "-o", svg, "--session", "2"}).err, "");
-    EXPECT_TRUE(contains(contentsOf(svg), "session 2: frames 1 to 50, 0 missing"));
-    // The recording has its marks outside of the chosen frames.
-    const Program lost = run({"plot", dump, "-o", svg, "--lost", "31", "--around", "35:5",
-                              "--field", "zoomRatio", "sysStatusInfo_memFree"});
-    EXPECT_TRUE(contains(lost.err, "plotted session 1 of 2"));
-    const std::string picture = contentsOf(svg);
-    for (const char* part :
-         {"session 1: frames 30 to 40, 2 missing", "lost frame", "memFree, kB"}) {
-        EXPECT_TRUE(contains(picture, part)) << part;
-    }
-    EXPECT_FALSE(contains(picture, "shell back"));
-    EXPECT_EQ(occurrences(picture, "rgb(227, 241, 222)"), 3U);  // two panels and their key
-    EXPECT_EQ(run({"plot", dump, "-o", svg, "--frames", "200:"}).status, 1);
-    EXPECT_EQ(contentsOf(svg), picture);
 }
 
 TEST(Program, PlotThatFails_SaysSoAndLeavesTheOldOne) {

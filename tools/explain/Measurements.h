@@ -27,14 +27,9 @@ public:
                                                     const FrameRange& window);
 
 private:
-    void addNodes(uint32_t frame, const Record& record, const StampClocks& clocks);
-    void addCosts(uint32_t frame, const Record& record);
-    void addFeatures(uint32_t frame, const Record& record, const StampClocks& clocks);
-    void addMotion(uint32_t frame, const Record& record, const StampClocks& clocks);
     void add(const Subject& subject, uint32_t frame, double value);
 
     std::map<Subject, Series> mSeries;
-    std::map<NodeIds, uint64_t> mFreeAt;  // when the node is through with the frames so far
 };
 
 }  // namespace vdrdump

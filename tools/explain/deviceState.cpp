@@ -32,21 +32,6 @@ constexpr Watched kWatched[] = {
         {kStatus + offsetof(Status, cpu7Freq), 0.3, 0},
 };
 
-const Column* columnAt(size_t offset) {
-    for (const Item& item : kItems) {
-        if (item.array == nullptr && item.column.offset == offset) {
-            return &item.column;
-        }
-    }
-    return nullptr;
-}
-
-double valueOf(const Record& record, const Column& column) {
-    const uint8_t* const at = record.bytes + column.offset;
-    return column.kind == Kind::F32 ? static_cast<double>(valueAt<float>(at))
-                                    : static_cast<double>(integerAt(column.kind, at));
-}
-
 std::optional<DeviceMove> moveOf(const Watched& watched, const FrameMap& frames, uint32_t upTo) {
     std::optional<DeviceMove> move;
     const Column* const column = columnAt(watched.offset);
@@ -55,7 +40,7 @@ std::optional<DeviceMove> moveOf(const Watched& watched, const FrameMap& frames,
         if (frame > upTo || !record.knows(*column)) {
             continue;
         }
-        const double value = valueOf(record, *column);
+        const double value = numberAt(*column, record.bytes + column->offset);
         if (!std::isfinite(value)) {
             continue;
         }

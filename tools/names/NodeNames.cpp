@@ -83,8 +83,13 @@ NodeNames NodeNames::fromText(const std::string& file, const std::string& text) 
 }
 
 std::string NodeNames::nameOf(const NodeIds& ids) const {
+    const std::string name = find(ids);
+    return name.empty() ? idsText(ids) : name + " (" + idsText(ids) + ")";
+}
+
+std::string NodeNames::find(const NodeIds& ids) const {
     const auto found = mNames.find(ids);
-    return found == mNames.end() ? idsText(ids) : found->second + " (" + idsText(ids) + ")";
+    return found == mNames.end() ? "" : found->second;
 }
 
 }  // namespace vdrdump

@@ -26,6 +26,8 @@ public:
 
     // "plug-in algorithms (2/202/0)", or the ids alone where there is no name.
     std::string nameOf(const NodeIds& ids) const;
+    // "plug-in algorithms", empty where there is no name.
+    std::string find(const NodeIds& ids) const;
 
 private:
     std::map<NodeIds, std::string> mNames;

@@ -1,81 +1,112 @@
 #include "tools/plot/Panel.h"
 
 #include <cstddef>
-
-#include "tools/record/Record.h"
+#include <string_view>
 
 namespace vdrdump {
 namespace {
 
-constexpr float kGHz = 1e-6F;
-constexpr float kMiB = 1.0F / 1024;
+constexpr double kGHz = 1e-6;
+constexpr double kMiB = 1.0 / 1024;
+constexpr std::string_view kStatusField = "sysStatusInfo";
 
-const Column* columnAt(size_t offset) {
-    for (const Item& item : kItems) {
-        if (item.array == nullptr && item.column.offset == offset) {
-            return &item.column;
-        }
-    }
-    return nullptr;
+Curve curve(const char* title, size_t offset, double factor = 1) {
+    return {title, 0, columnAt(offset), factor, false};
 }
 
-#define VDR_STATUS_AT(member) \
-    columnAt(offsetof(Layout, sysStatusInfo) + offsetof(vdr2::SysStatusInfo, member))
-
-std::vector<Panel> usualPanels() {
+std::vector<Panel> devicePanels() {
+    using Kind = Panel::Kind;
+    using Status = vdr2::SysStatusInfo;
+    constexpr size_t kStatus = offsetof(Layout, sysStatusInfo);
     return {
-            {"frequency, GHz",
-             {{VDR_STATUS_AT(cpu0Freq), kGHz, "cpu0"},
-              {VDR_STATUS_AT(cpu4Freq), kGHz, "cpu4"},
-              {VDR_STATUS_AT(cpu7Freq), kGHz, "cpu7"}},
-             {},
-             ""},
-            {"camera load, %",
-             {{VDR_STATUS_AT(cpuUsage), 1, "camera load"}},
-             {{VDR_STATUS_AT(loadAvg1), 1, "1 minute (right)"},
-              {VDR_STATUS_AT(loadAvg5), 1, "5 minutes (right)"},
-              {VDR_STATUS_AT(loadAvg15), 1, "15 minutes (right)"}},
-             "load average"},
-            {"memory, MiB",
-             {{VDR_STATUS_AT(memFree), kMiB, "free"},
-              {VDR_STATUS_AT(memAvailable), kMiB, "available"}},
-             {{VDR_STATUS_AT(usedMem), 1, "captures (right)"}},
-             "captures"},
-            {"temperature",
-             {{VDR_STATUS_AT(shellFrontTemp), 1, "shell front"},
-              {VDR_STATUS_AT(shellBackTemp), 1, "shell back"},
-              {VDR_STATUS_AT(shellFrameTemp), 1, "shell frame"}},
-             {},
-             ""},
-            {"zoom ratio", {{columnAt(offsetof(Layout, zoomRatio)), 1, "zoom"}}, {}, ""},
-            {"nodes per frame", {{columnAt(offsetof(Layout, nodeInfoCount)), 1, "nodes"}}, {}, ""},
+            {Kind::Sampled,
+             {"camera load, %", {curve("camera load", kStatus + offsetof(Status, cpuUsage))}},
+             {"load average, tasks",
+              {curve("load average", kStatus + offsetof(Status, loadAvg1))}}},
+            {Kind::Sampled,
+             {"frequency, GHz",
+              {curve("processor 0", kStatus + offsetof(Status, cpu0Freq), kGHz),
+               curve("processor 4", kStatus + offsetof(Status, cpu4Freq), kGHz),
+               curve("processor 7", kStatus + offsetof(Status, cpu7Freq), kGHz)}},
+             {}},
+            {Kind::Sampled,
+             {"memory, MiB",
+              {curve("free memory", kStatus + offsetof(Status, memFree), kMiB),
+               curve("available memory", kStatus + offsetof(Status, memAvailable), kMiB)}},
+             {"captures, as stated",
+              {curve("memory of captures", kStatus + offsetof(Status, usedMem))}}},
+            {Kind::Sampled,
+             {"temperature, as stated",
+              {curve("front temperature", kStatus + offsetof(Status, shellFrontTemp)),
+               curve("back temperature", kStatus + offsetof(Status, shellBackTemp)),
+               curve("frame temperature", kStatus + offsetof(Status, shellFrameTemp))}},
+             {"thermal level, to 15",
+              {curve("thermal level", kStatus + offsetof(Status, thermalLevel))}}},
+            {Kind::Mode,
+             {"number",
+              {curve("camera", offsetof(Layout, masterCameraId)),
+               curve("sensor mode", offsetof(Layout, sensorModeIndex)),
+               curve("capture type", offsetof(Layout, captureType))}},
+             {"zoom ratio", {curve("zoom", offsetof(Layout, zoomRatio))}}},
     };
 }
 
-#undef VDR_STATUS_AT
-
-}  // namespace
-
-std::vector<Panel> panelsOf(const FieldChoice& fields) {
-    if (fields.isAll()) {
-        return usualPanels();
+// Of one field; curves that differ in their unit state it.
+Panel fieldPanel(const std::string& field, std::vector<Curve> curves) {
+    const std::string unit = curves.front().column->unit;
+    bool isOneUnit = true;
+    for (const Curve& each : curves) {
+        isOneUnit &= unit == each.column->unit;
     }
+    for (Curve& each : curves) {
+        const std::string own = each.column->unit;
+        each.title += isOneUnit || own.empty() ? "" : ", " + own;
+    }
+    Panel panel;
+    panel.kind = field == kStatusField ? Panel::Kind::Sampled : Panel::Kind::EveryFrame;
+    panel.left = {field + (isOneUnit && !unit.empty() ? ", " + unit : ""), std::move(curves)};
+    return panel;
+}
+
+std::vector<Panel> fieldPanels(const FieldChoice& fields) {
     std::vector<Panel> panels;
-    const char* field = "";
+    std::vector<Curve> curves;
+    std::string field;
+    const auto close = [&] {
+        if (!curves.empty()) {
+            panels.push_back(fieldPanel(field, std::move(curves)));
+            curves.clear();
+        }
+    };
     for (size_t i = 1; i < std::size(kItems); ++i) {
         const Column& column = kItems[i].column;
         if (!fields.wants(i)) {
             continue;
         }
-        if (std::string(field) != column.field) {
+        if (field != column.field) {
+            close();
             field = column.field;
-            panels.push_back({field, {}, {}, ""});
         }
         const std::string name = column.name;
-        const std::string prefix = std::string(field) + "_";
-        const std::string title = name.rfind(prefix, 0) == 0 ? name.substr(prefix.size()) : name;
-        panels.back().traces.push_back(
-                {&column, 1, column.unit[0] == '\0' ? title : title + ", " + column.unit});
+        const std::string prefix = field + "_";
+        curves.push_back({name.rfind(prefix, 0) == 0 ? name.substr(prefix.size()) : name, 0,
+                          &column, 1, false});
+    }
+    close();
+    return panels;
+}
+
+}  // namespace
+
+std::vector<Panel> columnPanels(const FieldChoice& fields) {
+    std::vector<Panel> panels = fields.isAll() ? devicePanels() : fieldPanels(fields);
+    size_t number = 0;
+    for (Panel& panel : panels) {
+        for (Axis* axis : {&panel.left, &panel.right}) {
+            for (Curve& each : axis->curves) {
+                each.number = number++;
+            }
+        }
     }
     return panels;
 }

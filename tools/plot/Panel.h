@@ -7,23 +7,37 @@
 
 namespace vdrdump {
 
-// A curve: the value of one column over the frames.
-struct Trace {
-    const Column* column;
-    float factor;  // makes of the dump's unit that of the picture
+// One of the curves of a session.
+struct Curve {
     std::string title;
+    size_t number = 0;               // among those of the session
+    const Column* column = nullptr;  // where it comes from; null for what frames took
+    double factor = 1;               // makes of the dump's unit that of the axis
+    bool isMark = false;             // crosses, whose height tells nothing
 };
 
-// Curves that share an axis, and others that share one on the right.
+struct Axis {
+    std::string label;  // with the unit
+    std::vector<Curve> curves;
+};
+
+// Curves over the frames with an axis on the left and, where the second has any, one on the right.
 struct Panel {
-    std::string label;
-    std::vector<Trace> traces;
-    std::vector<Trace> rightTraces;
-    std::string rightLabel;
+    enum class Kind : uint8_t {
+        EveryFrame,  // a value of its own in each
+        Sampled,     // once a second, so that it goes in steps
+        Mode,        // numbers that stand for something, of interest where they change
+    };
+    Kind kind = Kind::EveryFrame;
+    Axis left;
+    Axis right;
+
+    bool isStepped() const { return kind != Kind::EveryFrame; }
 };
 
-// What a session's picture shows: what is asked about most, or a panel for each field chosen.
-std::vector<Panel> panelsOf(const FieldChoice& fields);
+// Panels of columns, their curves numbered from 0: the state of the device or, where fields were
+// chosen, one for each of these.
+std::vector<Panel> columnPanels(const FieldChoice& fields);
 
 // What of `fields` is no curve, as it is no number or many; empty where all are.
 std::string fieldWithoutCurve(const FieldChoice& fields);

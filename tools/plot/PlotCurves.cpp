@@ -1,111 +1,133 @@
 #include "tools/plot/PlotCurves.h"
 
 #include <algorithm>
-#include <cmath>
 
-#include "tools/record/ColumnText.h"
+#include "tools/explain/median.h"
 
 namespace vdrdump {
-namespace {
 
-// NaN where the record does not reach.
-float valueOf(const Trace& trace, const Record& record) {
-    const Column& column = *trace.column;
-    if (!record.knows(column)) {
-        return NAN;
+void PlotCurves::add(uint32_t frame, const std::vector<Value>& values) {
+    Point point;
+    point.frame = point.lastFrame = frame;
+    for (const Value& each : values) {
+        if (each.curve >= kMostCurves || !std::isfinite(each.value)) {
+            continue;
+        }
+        if (each.curve >= point.values.size()) {
+            point.values.resize(each.curve + 1);
+        }
+        Extremes& extremes = point.values[each.curve];
+        extremes.low = extremes.high = std::fmax(extremes.high, each.value);
     }
-    const uint8_t* at = record.bytes + column.offset;
-    const float value = column.kind == Kind::F32   ? valueAt<float>(at)
-                        : column.kind == Kind::U64 ? static_cast<float>(valueAt<uint64_t>(at))
-                                                   : static_cast<float>(integerAt(column.kind, at));
-    return std::isfinite(value) ? value * trace.factor : NAN;
+    ++mRecords;
+    place(std::move(point));
 }
 
-void appendNumber(std::string& text, float value) {
-    char number[kLongestNumber];
-    text += ' ';
-    text.append(number, appendFloat(number, reinterpret_cast<const uint8_t*>(&value)));
-}
-
-}  // namespace
-
-PlotCurves::PlotCurves(const std::vector<Panel>& panels) {
-    for (const Panel& panel : panels) {
-        mTraces.insert(mTraces.end(), panel.traces.begin(), panel.traces.end());
-        mTraces.insert(mTraces.end(), panel.rightTraces.begin(), panel.rightTraces.end());
+void PlotCurves::place(Point point) {
+    const bool isLate = !mPoints.empty() && point.frame <= mPoints.back().frame;
+    if (!mPoints.empty() && !isLate && mPoints.back().records < mRecordsPerPoint) {
+        merge(mPoints.back(), point);
+        return;
     }
-}
-
-PlotCurves::Point PlotCurves::pointOf(const Record& record) const {
-    Point point{record.frame(), record.frame(), {}};
-    for (const Trace& trace : mTraces) {
-        const float value = valueOf(trace, record);
-        point.values.push_back({value, value});
+    if (mPoints.size() == kMostPoints) {
+        halve();
     }
-    return point;
+    const auto behind =
+            std::upper_bound(mPoints.begin(), mPoints.end(), point.frame,
+                             [](uint32_t frame, const Point& each) { return frame < each.frame; });
+    const bool isInside = isLate && behind != mPoints.begin() &&
+                          (isMerged() || std::prev(behind)->lastFrame >= point.frame);
+    if (isInside) {
+        merge(*std::prev(behind), point);
+    } else {
+        mPoints.insert(behind, std::move(point));
+    }
 }
 
 void PlotCurves::merge(Point& into, const Point& next) {
     into.frame = std::min(into.frame, next.frame);
     into.lastFrame = std::max(into.lastFrame, next.lastFrame);
-    for (size_t i = 0; i < into.values.size(); ++i) {
+    into.records += next.records;
+    into.values.resize(std::max(into.values.size(), next.values.size()));
+    for (size_t i = 0; i < next.values.size(); ++i) {
         // These prefer a number to a NaN.
         into.values[i].low = std::fmin(into.values[i].low, next.values[i].low);
         into.values[i].high = std::fmax(into.values[i].high, next.values[i].high);
     }
 }
 
-void PlotCurves::add(const Record& record) {
-    const Point point = pointOf(record);
-    if (!mPoints.empty() && mInLastPoint < mRecordsPerPoint) {
-        merge(mPoints.back(), point);
-        ++mInLastPoint;
-        return;
-    }
-    if (mPoints.size() == kMost) {
-        halve();
-    }
-    mPoints.push_back(point);
-    mInLastPoint = 1;
-}
-
 void PlotCurves::halve() {
     for (size_t i = 0; i < mPoints.size() / 2; ++i) {
-        mPoints[i] = mPoints[2 * i];
+        if (i != 0) {
+            mPoints[i] = std::move(mPoints[2 * i]);
+        }
         merge(mPoints[i], mPoints[2 * i + 1]);
     }
     mPoints.resize(mPoints.size() / 2);
     mRecordsPerPoint *= 2;
 }
 
-Range<float> PlotCurves::rangeOf(size_t curve) const {
-    Range<float> range;
+std::vector<FrameRange> PlotCurves::missing(const FrameRange& frames) const {
+    std::vector<FrameRange> ranges;
+    uint64_t next = frames.first;
     for (const Point& point : mPoints) {
-        range.add(point.values[curve].low);
-        range.add(point.values[curve].high);
+        if (point.frame > next) {
+            ranges.push_back({static_cast<uint32_t>(next), point.frame - 1});
+        }
+        if (!point.isWhole()) {
+            ranges.push_back({point.frame, point.lastFrame});
+        }
+        next = std::max(next, uint64_t{point.lastFrame} + 1);
+    }
+    if (next <= frames.last) {
+        ranges.push_back({static_cast<uint32_t>(next), frames.last});
+    }
+    return ranges;
+}
+
+Range<double> PlotCurves::rangeOf(size_t curve) const {
+    Range<double> range;
+    for (const Point& point : mPoints) {
+        range.add(valueOf(point, curve).low);
+        range.add(valueOf(point, curve).high);
     }
     return range;
 }
 
-std::string PlotCurves::table() const {
-    std::vector<Point> points = mPoints;  // a late frame goes to its place
-    std::stable_sort(points.begin(), points.end(),
-                     [](const Point& a, const Point& b) { return a.frame < b.frame; });
-    std::string text;
-    const Point* before = nullptr;
-    for (const Point& point : points) {
-        if (before != nullptr && point.frame > before->lastFrame + 1) {
-            text += '\n';
+double PlotCurves::medianOf(size_t curve) const {
+    std::vector<double> values;
+    for (const Point& point : mPoints) {
+        const Extremes extremes = valueOf(point, curve);
+        if (!std::isnan(extremes.low)) {
+            values.push_back((extremes.low + extremes.high) / 2);
         }
-        text += std::to_string(point.frame);
-        for (const Extremes& extremes : point.values) {
-            appendNumber(text, extremes.low);
-            appendNumber(text, extremes.high);
-        }
-        text += '\n';
-        before = &point;
     }
-    return text;
+    return median(std::move(values));
+}
+
+size_t PlotCurves::pointsOf(size_t curve) const {
+    return static_cast<size_t>(std::count_if(
+            mPoints.begin(), mPoints.end(),
+            [curve](const Point& point) { return !std::isnan(valueOf(point, curve).low); }));
+}
+
+// Of points that stand for many frames a gap that is shorter than they are breaks nothing.
+std::vector<PlotCurves::Run> PlotCurves::runsOf(size_t curve) const {
+    std::vector<Run> runs;
+    uint64_t reach = 0;  // the last frame that is near enough to the point before
+    for (const Point& point : mPoints) {
+        const Extremes extremes = valueOf(point, curve);
+        if (std::isnan(extremes.low)) {
+            continue;
+        }
+        const uint64_t width = uint64_t{point.lastFrame} - point.frame + 1;
+        if (runs.empty() || point.frame > reach) {
+            runs.emplace_back();
+        }
+        runs.back().push_back({point.frame, point.lastFrame, extremes.low, extremes.high});
+        reach = point.lastFrame + width;
+    }
+    return runs;
 }
 
 }  // namespace vdrdump

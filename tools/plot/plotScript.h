@@ -1,27 +1,14 @@
 #pragma once
 
-#include <optional>
 #include <string>
-#include <vector>
 
-#include "tools/plot/PlotCurves.h"
-#include "tools/session/SessionTracker.h"
-#include "tools/session/VideoWindows.h"
+#include "tools/plot/choosePanels.h"
+#include "tools/plot/drawSession.h"
 
 namespace vdrdump {
 
-// What is drawn: one session, or the frames of it that were chosen.
-struct Picture {
-    std::string path;  // whose end says in which format
-    std::string title;
-    FrameRange frames;
-    std::vector<FrameRange> missing;
-    std::vector<VideoWindow> videos;
-    std::optional<uint32_t> lost;
-};
-
 // The commands and data with which gnuplot draws it on its standard output.
-std::string plotScript(const Picture& picture, const std::vector<Panel>& panels,
-                       const PlotCurves& curves);
+std::string plotScript(const Picture& picture, const PanelChoice& choice,
+                       const SessionCurves& session, PictureFormat format);
 
 }  // namespace vdrdump

@@ -12,14 +12,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tools/output/Output.h"
 #include "tools/output/printablePath.h"
 
 namespace vdrdump {
 namespace {
 
-bool complain(const std::string& path, const char* expected, int error) {
-    std::fprintf(stderr, "vdrdump: %s: expected %s: %s\n", printablePath(path).c_str(), expected,
+bool complain(const std::string& name, const char* expected, int error) {
+    std::fprintf(stderr, "vdrdump: %s: expected %s: %s\n", printablePath(name).c_str(), expected,
                  std::strerror(error));
     return false;
 }
@@ -74,17 +73,17 @@ std::string faultIn(int messages) {
     return text.substr(0, text.find("\\x0a"));
 }
 
-bool runWithOutput(const std::string& script, const std::string& path, int output, int messages) {
+bool runWithOutput(const std::string& script, const std::string& name, int output, int messages) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
-        return complain(path, "a pipe to gnuplot", errno);
+        return complain(name, "a pipe to gnuplot", errno);
     }
     pid_t child = 0;
     const int error = spawn(ends[0], output, messages, child);
     close(ends[0]);
     if (error != 0) {
         close(ends[1]);
-        return complain(path, "to run gnuplot, which draws the picture (package gnuplot-nox)",
+        return complain(name, "to run gnuplot, which draws the picture (package gnuplot-nox)",
                         error);
     }
     writeAll(ends[1], script);
@@ -94,39 +93,36 @@ bool runWithOutput(const std::string& script, const std::string& path, int outpu
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         std::fprintf(stderr, "vdrdump: %s: expected a picture from gnuplot, it failed: %s\n",
-                     printablePath(path).c_str(), faultIn(messages).c_str());
+                     printablePath(name).c_str(), faultIn(messages).c_str());
         return false;
     }
     return true;
 }
 
-// gnuplot does not tell when its output could not be written.
-bool copyTo(const std::string& path, int picture) {
-    Output output(path);
-    constexpr size_t kBlock = 65536;
-    off_t at = 0;
-    ssize_t length = 0;
-    do {
-        char* const to = output.reserve(kBlock);
-        length = pread(picture, to, kBlock, at);
-        output.commit(to + std::max<ssize_t>(length, 0));
-        at += length;
-    } while (length > 0);
-    return length == 0 && output.finish();
+std::string contentsOf(int file) {
+    const off_t size = lseek(file, 0, SEEK_END);
+    std::string contents(static_cast<size_t>(std::max<off_t>(size, 0)), '\0');
+    const ssize_t length = pread(file, contents.data(), contents.size(), 0);
+    contents.resize(static_cast<size_t>(std::max<ssize_t>(length, 0)));
+    return contents;
 }
 
 }  // namespace
 
-bool runGnuplot(const std::string& script, const std::string& path) {
+// What it draws goes through memory: it does not tell when its output could not be written.
+std::optional<std::string> runGnuplot(const std::string& script, const std::string& name) {
     const int picture = memfd_create("picture", MFD_CLOEXEC);
     const int messages = memfd_create("messages", MFD_CLOEXEC);
-    const bool isGiven =
-            picture < 0 || messages < 0
-                    ? complain(path, "memory for the picture", errno)
-                    : runWithOutput(script, path, picture, messages) && copyTo(path, picture);
+    const bool isDrawn = picture < 0 || messages < 0
+                                 ? complain(name, "memory for the picture", errno)
+                                 : runWithOutput(script, name, picture, messages);
+    std::optional<std::string> bytes;
+    if (isDrawn) {
+        bytes = contentsOf(picture);
+    }
     close(messages);
     close(picture);
-    return isGiven;
+    return bytes;
 }
 
 }  // namespace vdrdump

@@ -111,6 +111,13 @@ inline double printedFloat(const uint8_t* at) {
     return value;
 }
 
+// To count with, of a column that is no text: what has more than 53 bits is rounded.
+inline double numberAt(const Column& column, const uint8_t* at) {
+    return column.kind == Kind::F32   ? static_cast<double>(valueAt<float>(at))
+           : column.kind == Kind::U64 ? static_cast<double>(valueAt<uint64_t>(at))
+                                      : static_cast<double>(integerAt(column.kind, at));
+}
+
 // For a reader's eye: names in quotes, ids in hexadecimal.
 inline std::string shownValue(const Column& column, const uint8_t* at) {
     char text[kLongestNumber];

@@ -242,4 +242,14 @@ constexpr bool coversLayout() {
 }
 static_assert(coversLayout());
 
+// The column that begins there, in the record itself; null where none does.
+constexpr const Column* columnAt(size_t offset) {
+    for (const Item& item : kItems) {
+        if (item.array == nullptr && item.column.offset == offset) {
+            return &item.column;
+        }
+    }
+    return nullptr;
+}
+
 }  // namespace vdrdump

@@ -72,6 +72,10 @@ void ShowSink::showArray(const ArrayField& array, const Record& record) {
         const uint8_t* at = record.bytes + array.offset + i * array.elementSize;
         std::string text = "  " + padded(std::string(array.name) + "[" + std::to_string(i) + "]");
         const char* separator = "";
+        if (const std::string name = nameOf(array, at); !name.empty()) {
+            text += name;
+            separator = ", ";
+        }
         for (size_t column = 0; column < array.columnCount; ++column) {
             const Column& each = array.columns[column];
             if ((columns >> column & 1) != 0) {
@@ -82,6 +86,15 @@ void ShowSink::showArray(const ArrayField& array, const Record& record) {
         }
         mOutput.append(text + "\n");
     }
+}
+
+// Of a node that the user has named; empty of any other element.
+std::string ShowSink::nameOf(const ArrayField& array, const uint8_t* element) const {
+    if (&array != &kNodes) {
+        return "";
+    }
+    const auto node = valueAt<vdr2::NodeInfo>(element);
+    return mNames.find({node.ids[0], node.ids[1], node.ids[2]});
 }
 
 bool ShowSink::finish() {

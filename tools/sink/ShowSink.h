@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "tools/names/NodeNames.h"
 #include "tools/output/Output.h"
 #include "tools/record/FieldChoice.h"
 #include "tools/sink/RecordSink.h"
@@ -9,10 +10,11 @@
 namespace vdrdump {
 
 // Puts records into words: every field by its name, with its unit where one is known, and of an
-// array the elements in use.
+// array the elements in use. Nodes that have a name are called by it, too.
 class ShowSink : public RecordSink {
 public:
-    explicit ShowSink(const FieldChoice& fields) : mFields(fields), mOutput("-") {}
+    explicit ShowSink(const FieldChoice& fields, NodeNames names = NodeNames())
+          : mFields(fields), mNames(std::move(names)), mOutput("-") {}
 
     void beginFile(const DumpFile& file) override { mPath = file.path; }
     void add(const Record& record) override;
@@ -24,8 +26,10 @@ public:
 private:
     void showColumn(const Column& column, const Record& record);
     void showArray(const ArrayField& array, const Record& record);
+    std::string nameOf(const ArrayField& array, const uint8_t* element) const;
 
     const FieldChoice mFields;
+    const NodeNames mNames;
     Output mOutput;
     std::string mPath;
     bool mHadRecords = false;

@@ -237,12 +237,9 @@ void TraceEvents::addCounters(const Record& record, double time) {
             continue;
         }
         const std::string name = column.name;
-        const uint8_t* const at = record.bytes + column.offset;
         counter(name.substr(name.find('_') + 1) +
                         (column.unit[0] == '\0' ? "" : std::string(" ") + column.unit),
-                time,
-                column.kind == Kind::F32 ? static_cast<double>(valueAt<float>(at))
-                                         : static_cast<double>(integerAt(column.kind, at)));
+                time, numberAt(column, record.bytes + column.offset));
     }
 }
 
