@@ -19,6 +19,8 @@ public:
     std::string dumpFolder() const { return mFolder + "/data/vendor/camera"; }
     std::string lossFolder() const { return mFolder + "/data/vendor/camera_frame_lost"; }
     std::string logPath() const { return mFolder + "/logcat.txt"; }
+    std::string namesPath() const { return mFolder + "/nodes.txt"; }
+    std::string pagePath() const { return mFolder + "/loss.html"; }
 
 private:
     void showMachine(const std::string& treePath) const;

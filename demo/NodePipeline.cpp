@@ -7,16 +7,17 @@ namespace {
 
 struct Node {
     uint32_t ids[3];  // pipeline, type, instance: the same in every frame
-    double work;      // nanoseconds per frame; together less than two frame times
+    const char* name;
+    double work;  // nanoseconds per frame; together less than two frame times
 };
 constexpr Node kChain[NodePipeline::kNodes] = {
-        {{1, 101, 0}, 6e6},   // sensor front end
-        {{1, 102, 0}, 4e6},   // statistics
-        {{1, 103, 0}, 12e6},  // noise reduction
-        {{2, 201, 0}, 9e6},   // scene recognition
-        {{2, 202, 0}, 14e6},  // plug-in algorithms
-        {{2, 203, 0}, 8e6},   // stabilisation
-        {{2, 204, 0}, 3e6},   // output
+        {{1, 101, 0}, "sensor front end", 6e6},
+        {{1, 102, 0}, "statistics", 4e6},
+        {{1, 103, 0}, "noise reduction", 12e6},
+        {{2, 201, 0}, "scene recognition", 9e6},
+        {{2, 202, 0}, "plug-in algorithms", 14e6},
+        {{2, 203, 0}, "stabilisation", 8e6},
+        {{2, 204, 0}, "output", 3e6},
 };
 constexpr double kDispatch = 200e3;  // nanoseconds from a free node's queue to its work
 constexpr double kHandOn = 50e3;
@@ -32,12 +33,24 @@ size_t troubledPlace(Cause cause) {
     return cause == Cause::kSlowAllocation ? 2 : 4;
 }
 
+std::string idsOf(const Node& node) {
+    return std::to_string(node.ids[0]) + "/" + std::to_string(node.ids[1]) + "/" +
+           std::to_string(node.ids[2]);
+}
+
 }  // namespace
 
 std::string NodePipeline::troubledNode(Cause cause) {
     const Node& node = kChain[troubledPlace(cause)];
-    return std::to_string(node.ids[0]) + "/" + std::to_string(node.ids[1]) + "/" +
-           std::to_string(node.ids[2]);
+    return node.name + (" (" + idsOf(node) + ")");
+}
+
+std::string NodePipeline::names() {
+    std::string lines;
+    for (const Node& node : kChain) {
+        lines += idsOf(node) + "  " + node.name + "\n";
+    }
+    return lines;
 }
 
 bool NodePipeline::isTroubled(Cause cause, uint32_t frame, size_t node) const {

@@ -36,8 +36,10 @@ public:
 
     // The way of this frame, which must come behind the one before it.
     Passage pass(uint32_t frame, uint64_t enteredAt);
-    // The ids of the node that the cause holds up, for a reader.
+    // The node that the cause holds up, for a reader.
     static std::string troubledNode(Cause cause);
+    // A line for each node, its ids and its name, as vdrdump takes them.
+    static std::string names();
 
 private:
     bool isTroubled(Cause cause, uint32_t frame, size_t node) const;

@@ -1,11 +1,16 @@
 #include "demo/SessionReport.h"
 
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include "demo/NodePipeline.h"
 #include "records/frameData.h"
 
 namespace demo {
@@ -31,6 +36,28 @@ std::string vdrdumpPath() {
     const fs::path build = fs::read_symlink("/proc/self/exe").parent_path().parent_path();
     const fs::path program = build / "tools" / "vdrdump";
     return fs::exists(program) ? fs::proximate(program).string() : "vdrdump";
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string line;
+    for (const std::string& word : words) {
+        line += (line.empty() ? "" : " ") + word;
+    }
+    return line;
+}
+
+// With this process's output as its own. Where it cannot be run nothing more is to be said.
+void run(std::vector<std::string> words) {
+    std::fflush(stdout);
+    std::vector<char*> arguments;
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    pid_t child = 0;
+    if (posix_spawnp(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) == 0) {
+        waitpid(child, nullptr, 0);
+    }
 }
 
 }  // namespace
@@ -62,9 +89,13 @@ SessionReport::Sizes SessionReport::writtenSince(const Sizes& before, const std:
 }
 
 void SessionReport::print(const CameraSession& session) const {
+    const Sizes dumps = writtenSince(mDumpsBefore, mRoot.dumpFolder());
+    const Sizes losses = writtenSince(mLossesBefore, mRoot.lossFolder());
     printSession(session);
     printLoss(session);
-    printFiles(session);
+    printFiles(dumps, losses);
+    printCommands(session, dumps, losses);
+    explain(dumps, losses);
 }
 
 void SessionReport::printSession(const CameraSession& session) const {
@@ -112,9 +143,7 @@ void SessionReport::printLoss(const CameraSession& session) const {
     }
 }
 
-void SessionReport::printFiles(const CameraSession& session) const {
-    const Sizes dumps = writtenSince(mDumpsBefore, mRoot.dumpFolder());
-    const Sizes losses = writtenSince(mLossesBefore, mRoot.lossFolder());
+void SessionReport::printFiles(const Sizes& dumps, const Sizes& losses) const {
     std::printf("\nWrote\n");
     for (const auto& [path, size] : dumps) {
         std::printf("  %s\n    %lu bytes, %lu records\n", path.c_str(), size,
@@ -123,15 +152,44 @@ void SessionReport::printFiles(const CameraSession& session) const {
     for (const auto& [path, size] : losses) {
         std::printf("  %s\n    %lu bytes, %zu lines\n", path.c_str(), size, linesOf(path));
     }
-    std::printf("  %s\n    the recorder's log\n\nRead\n", mRoot.logPath().c_str());
+    std::printf("  %s\n    the recorder's log\n", mRoot.logPath().c_str());
+    std::ofstream(mRoot.namesPath()) << NodePipeline::names();
+    std::printf("  %s\n    the names of the nodes\n", mRoot.namesPath().c_str());
+}
+
+void SessionReport::printCommands(const CameraSession& session, const Sizes& dumps,
+                                  const Sizes& losses) const {
+    const std::string vdrdump = vdrdumpPath();
+    std::printf("\nRead\n");
     for (const auto& [path, size] : dumps) {
-        std::printf("  %s info %s\n", vdrdumpPath().c_str(), path.c_str());
+        std::printf("  %s info %s\n", vdrdump.c_str(), path.c_str());
     }
     const auto& drops = session.drops().drops();
     if (!losses.empty() && !drops.empty()) {
-        std::printf("  %s show %s --frame %u\n", vdrdumpPath().c_str(),
-                    losses.begin()->first.c_str(), drops.front().frame);
+        std::printf("  %s show %s --frame %u\n", vdrdump.c_str(), losses.begin()->first.c_str(),
+                    drops.front().frame);
+        std::printf("  %s -o %s\n", joined(aboutLosses("report", dumps, losses)).c_str(),
+                    mRoot.pagePath().c_str());
     }
+}
+
+void SessionReport::explain(const Sizes& dumps, const Sizes& losses) const {
+    const std::vector<std::string> words = aboutLosses("explain", dumps, losses);
+    std::printf("\nExplained by %s\n", joined(words).c_str());
+    run(words);
+}
+
+// Both kinds of file: they are one history, in which each frame counts once.
+std::vector<std::string> SessionReport::aboutLosses(const char* command, const Sizes& dumps,
+                                                    const Sizes& losses) const {
+    std::vector<std::string> words = {vdrdumpPath(), command};
+    for (const Sizes* const files : {&dumps, &losses}) {
+        for (const auto& [path, size] : *files) {
+            words.push_back(path);
+        }
+    }
+    words.insert(words.end(), {"--names", mRoot.namesPath()});
+    return words;
 }
 
 }  // namespace demo

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "demo/CameraSession.h"
 #include "demo/DeviceRoot.h"
@@ -11,7 +12,8 @@
 
 namespace demo {
 
-// What was played, what the recorder wrote and where, on standard output.
+// What was played, what the recorder wrote and where, and what vdrdump makes of it, on standard
+// output.
 class SessionReport {
 public:
     // All must outlive this. To be made before the session: it remembers which files are there.
@@ -28,7 +30,11 @@ private:
 
     void printSession(const CameraSession& session) const;
     void printLoss(const CameraSession& session) const;
-    void printFiles(const CameraSession& session) const;
+    void printFiles(const Sizes& dumps, const Sizes& losses) const;
+    void printCommands(const CameraSession& session, const Sizes& dumps, const Sizes& losses) const;
+    void explain(const Sizes& dumps, const Sizes& losses) const;
+    std::vector<std::string> aboutLosses(const char* command, const Sizes& dumps,
+                                         const Sizes& losses) const;
 
     const Options& mOptions;
     const SessionPlan& mPlan;

@@ -2,6 +2,7 @@
 # shellcheck disable=SC2034
 packages_build=(g++ cmake ninja-build libjsoncpp-dev libcli11-dev libsqlite3-dev)
 packages_demo=(gnuplot-nox)
+packages_report=(chromium)
 packages_test=(libgtest-dev gnuplot-nox sqlite3 locales)
 packages_package=(dpkg-dev)
 packages_bench=(libbenchmark-dev)

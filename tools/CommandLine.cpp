@@ -15,6 +15,8 @@ What is in this dump, and is it whole?
   vdrdump info VIDEO_DEBUG_20240301_120000.bin
 Why was frame 1234 lost?
   vdrdump explain VIDEO_DEBUG_20240301_120130_00001234.txt
+Can I attach that to a bug, with pictures?
+  vdrdump report VIDEO_DEBUG_20240301_120130_00001234.txt -o loss.html
 What led up to its loss?
   vdrdump show VIDEO_DEBUG_20240301_120130_00001234.txt --frames 1205:1234
 How warm was it around it, and how far was the camera zoomed in, line by line?
@@ -60,9 +62,7 @@ void addLost(CLI::App& command, CommandLine& line, const char* meaning) {
             ->type_name("N");
 }
 
-// The same for every command that gives records.
-void addSelection(CLI::App& command, CommandLine& line) {
-    Selection& selection = line.selection;
+void addFrames(CLI::App& command, Selection& selection) {
     CLI::Option* one = command.add_option_function<std::string>(
             "--frame",
             [&selection](Text text) {
@@ -79,13 +79,22 @@ void addSelection(CLI::App& command, CommandLine& line) {
     one->type_name("N");
     range->type_name("A:B")->excludes(one);
     around->type_name("N[:K]")->excludes(one)->excludes(range);
-    addLost(command, line,
-            "Frame N was lost, whatever FILE is called; without --frame, --frames and --around "
-            "only frames N-30 to N+30");
+}
+
+void addSession(CLI::App& command, Selection& selection) {
     command.add_option_function<std::string>(
                    "--session", [&selection](Text text) { selection.session = sessionOf(text); },
                    "Only camera session N of each file, from 1")
             ->type_name("N");
+}
+
+// The same for every command that gives records.
+void addSelection(CLI::App& command, CommandLine& line) {
+    addFrames(command, line.selection);
+    addLost(command, line,
+            "Frame N was lost, whatever FILE is called; without --frame, --frames and --around "
+            "only frames N-30 to N+30");
+    addSession(command, line.selection);
     command.add_option("--field", line.fieldNames,
                        "Only these: a field, a column, or a part of an array, such as "
                        "nodeInfo.stamps_2 or nodeInfo[3]")
@@ -101,6 +110,11 @@ void addInfo(CLI::App& app, CommandLine& line) {
     info.add_flag("--json", line.isJson, "The same as JSON");
 }
 
+void addOutput(CLI::App& command, CommandLine& line) {
+    command.add_option("-o", line.output, "Where to; standard output when left out")
+            ->type_name("OUT");
+}
+
 CLI::Option* addNames(CLI::App& command, CommandLine& line) {
     return command
             .add_option("--names", line.names,
@@ -108,15 +122,31 @@ CLI::Option* addNames(CLI::App& command, CommandLine& line) {
             ->type_name("NAMES");
 }
 
+void addLog(CLI::App& command, CommandLine& line) {
+    command.add_option("--log", line.log, "Take losses from what the recorder logged, too")
+            ->type_name("LOGCAT");
+}
+
 void addExplain(CLI::App& app, CommandLine& line) {
     CLI::App& explain = addCommand(app, line, Command::Explain, "explain",
                                    "Why frames were lost: what stands out around each loss");
     addFiles(explain, line);
     addLost(explain, line, "Explain the loss of frame N only, whether the dumps tell of it or not");
-    explain.add_option("--log", line.log, "Take losses from what the recorder logged, too")
-            ->type_name("LOGCAT");
+    addLog(explain, line);
     addNames(explain, line);
     explain.add_flag("--json", line.isJson, "The same as JSON");
+}
+
+void addReport(CLI::App& app, CommandLine& line) {
+    CLI::App& report = addCommand(app, line, Command::Report, "report",
+                                  "A page on losses for a bug: why, pictures, records");
+    addFiles(report, line);
+    addOutput(report, line);
+    addLost(report, line, "The loss of frame N only, whether the dumps tell of it or not");
+    addLog(report, line);
+    addNames(report, line);
+    addFrames(report, line.selection);
+    addSession(report, line.selection);
 }
 
 void addShow(CLI::App& app, CommandLine& line) {
@@ -147,8 +177,7 @@ void addExport(CLI::App& app, CommandLine& line) {
                    "csv, ndjson, sqlite, or trace for a trace viewer")
             ->type_name("FORMAT")
             ->required();
-    command.add_option("-o", line.output, "Where to; standard output when left out")
-            ->type_name("OUT");
+    addOutput(command, line);
     addNames(command, line);
     addSelection(command, line);
 }
@@ -219,14 +248,16 @@ int answer(const CLI::App& app, const CLI::ParseError& error, int argc, const ch
 }  // namespace
 
 bool CommandLine::parse(int argc, const char* const* argv, int& status) {
+    words.assign(argv, argv + argc);
     CLI::App app(
             "Reads the dumps of the video data recorder: what is in them, why frames "
-            "were lost, single frames, tables for queries, and a picture.",
+            "were lost, single frames, tables for queries, pictures and pages.",
             "vdrdump");
     app.set_version_flag("--version", std::string("vdrdump ") + VDRDUMP_VERSION);
     app.require_subcommand(1);
     addInfo(app, *this);
     addExplain(app, *this);
+    addReport(app, *this);
     addShow(app, *this);
     addExport(app, *this);
     addPlot(app, *this);

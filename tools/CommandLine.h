@@ -12,7 +12,7 @@ namespace vdrdump {
 
 // What the user asked for.
 struct CommandLine {
-    enum class Command : uint8_t { Info, Explain, Show, Export, Plot, Fields, Schema };
+    enum class Command : uint8_t { Info, Explain, Report, Show, Export, Plot, Fields, Schema };
     enum class Format : uint8_t { Csv, Ndjson, Sqlite, Trace };
 
     Command command = Command::Info;
@@ -26,8 +26,9 @@ struct CommandLine {
     Format format = Format::Csv;
     Engine engine = Engine::DuckDb;  // schema
     std::string output = "-";
-    std::string log;    // explain
-    std::string names;  // explain, show, export, plot
+    std::string log;                 // explain, report
+    std::string names;               // explain, report, show, export, plot
+    std::vector<std::string> words;  // all of it, as it was typed
 
     // False when there is nothing left to do: help was asked for or the usage is wrong, which has
     // been answered; `status` is then how to exit.

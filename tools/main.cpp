@@ -8,6 +8,7 @@
 #include "tools/CommandLine.h"
 #include "tools/explain/explainDumps.h"
 #include "tools/plot/PlotSink.h"
+#include "tools/report/makeReport.h"
 #include "tools/sink/CsvSink.h"
 #include "tools/sink/DumpPass.h"
 #include "tools/sink/InfoJsonSink.h"
@@ -63,8 +64,12 @@ bool printsWhileReading(const CommandLine& line) {
 }
 
 vdrdump::LossRequest lossesOf(const CommandLine& line) {
-    return {line.files, line.selection.lost, line.log, line.selection.frames,
-            line.selection.session};
+    return {line.files,
+            line.selection.lost,
+            line.log,
+            line.selection.frames,
+            line.selection.session,
+            false};
 }
 
 bool run(const CommandLine& line) {
@@ -76,6 +81,11 @@ bool run(const CommandLine& line) {
     }
     if (line.command == CommandLine::Command::Explain) {
         return vdrdump::explainDumps({lossesOf(line), line.names, line.isJson});
+    }
+    if (line.command == CommandLine::Command::Report) {
+        vdrdump::LossRequest which = lossesOf(line);
+        which.explains = true;
+        return vdrdump::makeReport({which, line.names, line.output, line.words});
     }
     if (line.command == CommandLine::Command::Export && line.format == CommandLine::Format::Trace) {
         return vdrdump::exportTrace({lossesOf(line), line.names, line.output});

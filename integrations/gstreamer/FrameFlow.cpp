@@ -54,9 +54,10 @@ uint32_t FrameFlow::handOn(NodeIndex index, const BufferMark& mark, const Handin
     ++trace.holders;
     node.lastMemory = mark.memory;
     node.lastFrame = frame;
-    const bool isCalled = entry->calls > 0;
+    // Of a frame in pieces, as the packets of a network, each comes and leaves by itself.
+    const bool isGone = entry->calls == 0 && --entry->buffers == 0;
     overtake(node, index, *entry, mark, handing.now);
-    if (!isCalled) {
+    if (isGone) {
         leaves(node, frame);
     }
     reportThrough();
@@ -72,7 +73,7 @@ void FrameFlow::overtake(Node& node, NodeIndex index, const Entry& leaver, const
         FrameTrace& trace = *traceOf(frame);
         if (node.traits.isMixer) {
             trace.passages[passageOf(trace, index)].handedOnAt = now;
-        } else if (!node.traits.dropsByDesign) {
+        } else if (!node.traits.dropsByDesign && !node.inside.find(frame)->isOut) {
             lose(index, frame, LossKind::kOvertaken, now);
         }
         leaves(node, frame);
@@ -131,9 +132,11 @@ uint32_t FrameFlow::handOnCopy(const Node& node) {
 
 void FrameFlow::landed(NodeIndex node, uint32_t frame, uint64_t now) {
     const std::lock_guard guard(mMutex);
-    if (Node* const found = nodeAt(node); found != nullptr) {
-        found->freeSince = now;
+    Node* const found = nodeAt(node);
+    if (found == nullptr) {
+        return;
     }
+    found->freeSince = now;
     if (FrameTrace* trace = traceOf(frame); trace != nullptr) {
         --trace->holders;
         reportThrough();
@@ -151,6 +154,7 @@ void FrameFlow::arrive(NodeIndex index, uint32_t frame, const BufferMark& mark, 
     Node& node = *found;
     if (Entry* again = node.inside.find(frame); again != nullptr) {
         ++again->calls;
+        ++again->buffers;
         again->mark = mark;
         return;
     }
@@ -245,7 +249,8 @@ void FrameFlow::ended(NodeIndex index, uint64_t now) {
     mScratch.clear();
     node.inside.findResting(mScratch);
     for (const uint32_t frame : mScratch) {
-        if (!node.traits.dropsByDesign && !node.traits.isMixer && !node.traits.isSink) {
+        if (!node.traits.dropsByDesign && !node.traits.isMixer && !node.traits.isSink &&
+            !node.inside.find(frame)->isOut) {
             lose(index, frame, LossKind::kOvertaken, now);
         }
         leaves(node, frame);
@@ -271,8 +276,9 @@ FrameFlow::Node* FrameFlow::nodeAt(NodeIndex node) {
 }
 
 FrameTrace* FrameFlow::traceOf(uint32_t frame) {
-    const size_t place = frame - mFirst;
-    return frame >= mFirst && place < mTraces.size() ? mTraces[place].get() : nullptr;
+    // Numbers start again after the last.
+    const uint32_t place = frame - mFirst;
+    return place < mTraces.size() ? mTraces[place].get() : nullptr;
 }
 
 // Frames that come in pieces, or again, pass an element in one go.

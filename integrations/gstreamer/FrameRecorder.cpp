@@ -85,7 +85,13 @@ FrameRecorder::Statistics FrameRecorder::statistics() const {
     return mStatistics;
 }
 
-void FrameRecorder::nodeAppeared(NodeIndex node, const std::string& name, bool isSink) {
+void FrameRecorder::nodeAppeared(NodeIndex node, const std::string& givenName, bool isSink) {
+    std::string name = givenName;
+    // Each has one line in nodes.txt, and records are columns between commas.
+    std::replace_if(
+            name.begin(), name.end(),
+            [](char letter) { return static_cast<unsigned char>(letter) < ' ' || letter == ','; },
+            '_');
     const std::lock_guard guard(mMutex);
     NodeNames& names = mNodes.emplace_back(NodeNames{name, {}, isSink});
     const std::string number = '#' + std::to_string(node + 1);

@@ -99,7 +99,7 @@ void FramesInside::findOvertaken(const Entry& leaver, const BufferMark& mark,
         if (&entry == &leaver) {
             return;
         }
-        if (entry.calls == 0 && !entry.isOut && isOvertaken(entry, mark)) {
+        if (entry.calls == 0 && isOvertaken(entry, mark)) {
             overtaken.push_back(entry.frame);
         }
     }

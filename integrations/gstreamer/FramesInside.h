@@ -26,6 +26,7 @@ public:
         BufferMark mark;        // as it came
         size_t passage = 0;     // of the frame's
         uint32_t calls = 0;     // of the element with this frame that have not returned
+        uint32_t buffers = 1;   // with this frame that came, less those that left on its own thread
         uint32_t passedBy = 0;  // frames that came later and left earlier
         bool isOut = false;     // pushed on at least once, or given up
     };
@@ -43,10 +44,10 @@ public:
     Entry* likely(const BufferMark& mark, uint32_t calledWith);
     // Which of them has this running time.
     Entry* at(int64_t presentation);
-    // Those that cannot leave any more, now that `leaver` leaves in this buffer.
+    // Those of which nothing can leave any more, now that `leaver` leaves in this buffer.
     void findOvertaken(const Entry& leaver, const BufferMark& mark,
                        std::vector<uint32_t>& overtaken);
-    // Those that no running call has and that did not leave.
+    // Those that no running call has.
     void findResting(std::vector<uint32_t>& resting) const;
     void remove(uint32_t frame);
     void clear() { mEntries.clear(); }

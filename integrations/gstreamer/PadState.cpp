@@ -35,6 +35,12 @@ bool getsFrames(GstElement* element) {
     return result;
 }
 
+// Makes a film of one picture.
+bool isFreeze(GstElement* element) {
+    GstElementFactory* const factory = gst_element_get_factory(element);
+    return factory != nullptr && std::strcmp(GST_OBJECT_NAME(factory), "imagefreeze") == 0;
+}
+
 }  // namespace
 
 // Containers and unparsed streams have neither a width nor a rate.
@@ -78,7 +84,8 @@ void PadState::refresh() {
     if (caps != nullptr) {
         gst_caps_unref(caps);
     }
-    mIsSource = mCarriesFrames && place.element != nullptr && !getsFrames(place.element);
+    mIsSource = mCarriesFrames && place.element != nullptr &&
+                (!getsFrames(place.element) || isFreeze(place.element));
 }
 
 bool PadState::carriesFrames() {

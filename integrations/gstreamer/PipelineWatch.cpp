@@ -1,6 +1,7 @@
 #include "integrations/gstreamer/PipelineWatch.h"
 
 #include "integrations/gstreamer/debugCategory.h"
+#include "integrations/gstreamer/laneOf.h"
 #include "integrations/gstreamer/nodeTraitsOf.h"
 #include "platform/Log.h"
 
@@ -47,29 +48,37 @@ void PipelineWatch::findPlace(PadState& state, GstPad* pad, uint64_t generation)
         GstElement* const element = GST_ELEMENT_CAST(parent);
         state.place.element = element;
         if (mServed != nullptr && topOf(element) == mServed) {
-            state.place.node = nodeOf(element);
+            state.place.node = nodeOf(element, pad);
         }
     }
     gst_object_unref(parent);
 }
 
-NodeIndex PipelineWatch::nodeOf(GstElement* element) {
+NodeIndex PipelineWatch::nodeOf(GstElement* element, GstPad* pad) {
+    const GstPad* const lane = laneOf(pad);
+    const void* const place = lane != nullptr ? static_cast<const void*>(lane) : element;
     const std::lock_guard guard(mMutex);
-    const auto known = mNodes.find(element);
+    const auto known = mNodes.find(place);
     if (known != mNodes.end()) {
         return known->second;
     }
-    const NodeIndex node = mFlow.addNode(nodeTraitsOf(element));
-    mNodes.emplace(element, node);
+    NodeTraits traits = nodeTraitsOf(element);
+    if (lane != nullptr) {
+        // What its other pads carry are other streams.
+        traits.isMixer = traits.isSink = false;
+        traits.order = Order::kArrival;
+    }
+    const NodeIndex node = mFlow.addNode(std::move(traits));
+    mNodes.emplace(place, node);
     return node;
 }
 
-NodeIndex PipelineWatch::knownNode(GstElement* element) {
+NodeIndex PipelineWatch::knownNode(const void* place) {
     if (mServed == nullptr) {
         return kNoNode;
     }
     const std::lock_guard guard(mMutex);
-    const auto known = mNodes.find(element);
+    const auto known = mNodes.find(place);
     return known != mNodes.end() ? known->second : kNoNode;
 }
 
@@ -79,7 +88,8 @@ NodeIndex PipelineWatch::knownNode(GstPad* pad) {
         return kNoNode;
     }
     // Of a pad of another parent the address is not among those of elements.
-    const NodeIndex node = knownNode(reinterpret_cast<GstElement*>(parent));
+    const GstPad* const lane = mServed != nullptr ? laneOf(pad) : nullptr;
+    const NodeIndex node = knownNode(lane != nullptr ? static_cast<const void*>(lane) : parent);
     gst_object_unref(parent);
     return node;
 }
@@ -194,6 +204,9 @@ void PipelineWatch::padChainPre(uint64_t now, GstPad* pad, GstBuffer* buffer) {
     const uint64_t queuedAt = calls.pushedAt(now);
     const NodeIndex node = state->place.node;
     const ThreadCalls::Call& call = calls.chain(pad, node, buffer, now);
+    if (call.isOfList) {
+        return;
+    }
     for (size_t i = 0; i < call.count; ++i) {
         const ThreadCalls::Pushed& pushed = calls.pushed(call, i);
         mFlow.arrive(node, pushed.frame, pushed.mark, queuedAt, now);
@@ -206,8 +219,9 @@ void PipelineWatch::padChainPost(uint64_t now, GstPad* pad, GstFlowReturn result
     if (call == nullptr) {
         return;
     }
-    const uint64_t workTime = now - call->since - call->elsewhere;
-    for (size_t i = 0; i < call->count; ++i) {
+    const size_t count = call->isOfList ? 0 : call->count;
+    for (size_t i = 0; i < count; ++i) {
+        const uint64_t workTime = (now - call->since - call->elsewhere) / count;
         mFlow.callReturned(call->node, calls.pushed(*call, i).frame,
                            {now, workTime, outcomeOf(result)});
     }
@@ -269,11 +283,41 @@ void PipelineWatch::elementChangeStatePost(GstElement* element, GstStateChange c
     }
 }
 
-void PipelineWatch::binRemoved(GstElement* element) {
-    if (const NodeIndex node = knownNode(element); node != kNoNode) {
+// What was in it went with it, and the next element may come to lie where it was.
+void PipelineWatch::forget(const void* place) {
+    if (const NodeIndex node = knownNode(place); node != kNoNode) {
         mFlow.flushed(node);
         const std::lock_guard guard(mMutex);
-        mNodes.erase(element);
+        mNodes.erase(place);
+    }
+}
+
+void PipelineWatch::forgetElement(GstElement* element) {
+    forget(element);
+    gst_element_foreach_sink_pad(
+            element,
+            [](GstElement*, GstPad* pad, gpointer self) -> gboolean {
+                static_cast<PipelineWatch*>(self)->forget(pad);
+                return TRUE;
+            },
+            this);
+}
+
+void PipelineWatch::binRemoved(GstElement* element) {
+    if (mServed == nullptr) {
+        return;
+    }
+    forgetElement(element);
+    if (GST_IS_BIN(element)) {
+        GstIterator* const all = gst_bin_iterate_recurse(GST_BIN(element));
+        gst_iterator_foreach(
+                all,
+                [](const GValue* item, gpointer self) {
+                    static_cast<PipelineWatch*>(self)->forgetElement(
+                            GST_ELEMENT_CAST(g_value_get_object(item)));
+                },
+                this);
+        gst_iterator_free(all);
     }
     binChanged();
 }

@@ -41,6 +41,7 @@ public:
     // Elements were put into a bin or taken out of it.
     void binChanged() { ++mGeneration; }
     void binRemoved(GstElement* element);
+    void padRemoved(GstPad* pad) { forget(pad); }
 
 private:
     // Null for pads of bins and of pipelines that are not served.
@@ -48,10 +49,12 @@ private:
     // The same of a pad that pushes; where the recorder is free, its pipeline may be served now.
     PadState* pushingPad(GstPad* pad);
     void findPlace(PadState& state, GstPad* pad, uint64_t generation);
-    NodeIndex nodeOf(GstElement* element);
-    // None where no frame has come by it yet.
-    NodeIndex knownNode(GstElement* element);
+    NodeIndex nodeOf(GstElement* element, GstPad* pad);
+    // None where no frame has come by it yet; `place`: as in mNodes.
+    NodeIndex knownNode(const void* place);
     NodeIndex knownNode(GstPad* pad);
+    void forget(const void* place);
+    void forgetElement(GstElement* element);
     void serveIfFree(GstElement* element);
     void stopServing();
     void handOn(ThreadCalls& calls, PadState& state, GstPad* pad, GstBuffer* buffer, uint64_t now);
@@ -63,9 +66,9 @@ private:
     std::atomic<GstElement*> mServed{nullptr};  // its topmost element; an address only
     std::atomic<bool> mIsClosed{false};         // the recorder did not open
 
-    std::mutex mMutex;  // guards all below; taken before the flow's
-    std::unordered_map<GstElement*, NodeIndex> mNodes;
-    std::unordered_set<GstElement*> mRefused;  // that the log has told of
+    std::mutex mMutex;                                  // guards all below; taken before the flow's
+    std::unordered_map<const void*, NodeIndex> mNodes;  // by element, or by lane where it has some
+    std::unordered_set<GstElement*> mRefused;           // that the log has told of
 };
 
 }  // namespace vdrgst

@@ -11,7 +11,8 @@ const ThreadCalls::Call& ThreadCalls::chain(const void* pad, NodeIndex node, con
                                             uint64_t now) {
     size_t first = mPushed.size();
     size_t count = 0;
-    if (!mCalls.empty() && mCalls.back().isPush) {
+    const bool isOfList = !mCalls.empty() && !mCalls.back().isPush && mCalls.back().pad == pad;
+    if (!mCalls.empty() && (mCalls.back().isPush || isOfList)) {
         first = mCalls.back().first;
         count = mCalls.back().count;
     }
@@ -23,18 +24,17 @@ const ThreadCalls::Call& ThreadCalls::chain(const void* pad, NodeIndex node, con
         }
         count = first < end ? 1 : 0;
     }
-    return mCalls.emplace_back(Call{pad, node, false, now, 0, first, count});
+    return mCalls.emplace_back(Call{pad, node, false, isOfList, now, 0, first, count});
 }
 
 void ThreadCalls::leave(uint64_t now) {
     const Call call = mCalls.back();
     mCalls.pop_back();
-    if (!call.isPush) {
-        return;
+    if (call.isPush) {
+        mPushed.resize(call.first);
     }
-    mPushed.resize(call.first);
     if (!mCalls.empty()) {
-        mCalls.back().elsewhere += now - call.since;
+        mCalls.back().elsewhere += call.isOfList ? call.elsewhere : now - call.since;
     }
 }
 

@@ -24,6 +24,7 @@ public:
         const void* pad;
         NodeIndex node;  // pushing, or called
         bool isPush;
+        bool isOfList;  // the element takes one buffer of the list with which it was called
         uint64_t since;
         uint64_t elsewhere;  // time spent in what it called
         size_t first;        // its frames, in what is pushed
@@ -33,7 +34,7 @@ public:
     static ThreadCalls& ofThisThread();
 
     void push(const void* pad, NodeIndex node, uint64_t now) {
-        mCalls.push_back({pad, node, true, now, 0, mPushed.size(), 0});
+        mCalls.push_back({pad, node, true, false, now, 0, mPushed.size(), 0});
     }
     // To the push just begun.
     void addPushed(const Pushed& pushed) {

@@ -80,6 +80,11 @@ void onBinRemovePre(VdrTracer* self, GstClockTime /*now*/, GstBin* /*bin*/, GstE
     watchOf(self).binRemoved(element);
 }
 
+void onElementRemovePad(VdrTracer* self, GstClockTime /*now*/, GstElement* /*element*/,
+                        GstPad* pad) {
+    watchOf(self).padRemoved(pad);
+}
+
 void registerHooks(GstTracer* tracer) {
     gst_tracing_register_hook(tracer, "pad-push-pre", G_CALLBACK(onPadPushPre));
     gst_tracing_register_hook(tracer, "pad-push-post", G_CALLBACK(onPadPushPost));
@@ -96,6 +101,7 @@ void registerHooks(GstTracer* tracer) {
                               G_CALLBACK(onElementChangeStatePost));
     gst_tracing_register_hook(tracer, "bin-add-post", G_CALLBACK(onBinAddPost));
     gst_tracing_register_hook(tracer, "bin-remove-pre", G_CALLBACK(onBinRemovePre));
+    gst_tracing_register_hook(tracer, "element-remove-pad", G_CALLBACK(onElementRemovePad));
 }
 
 // The parameters are known only now. Without a recorder there are no hooks, and no cost.

@@ -162,6 +162,30 @@ TEST_F(FrameFlowTest, EqualTimes_FramesLeaveAsTheyCame) {
     EXPECT_TRUE(lost().empty());
 }
 
+TEST_F(FrameFlowTest, FrameInPieces_IsInAQueueUntilTheLastHasLeft) {
+    const NodeIndex queue = node(Order::kArrival);
+    const uint32_t frame = give(queue, raw(0));
+    mFlow.arrive(queue, frame, raw(0), mNow, mNow);
+    mFlow.callReturned(queue, frame, {++mNow, 1, FrameFlow::Outcome::kTaken});
+    EXPECT_EQ(put(queue, raw(0)), frame);
+    EXPECT_TRUE(through().empty());
+    EXPECT_EQ(put(queue, raw(0)), frame);
+    EXPECT_EQ(through(), Frames{frame});
+    EXPECT_TRUE(lost().empty());
+}
+
+TEST_F(FrameFlowTest, PieceThatNeverLeaves_IsNoLossAndHoldsUpNothing) {
+    const NodeIndex joiner = node(Order::kArrival);
+    const uint32_t first = give(joiner, raw(0));
+    mFlow.arrive(joiner, first, raw(0), mNow, mNow);
+    mFlow.callReturned(joiner, first, {++mNow, 1, FrameFlow::Outcome::kTaken});
+    EXPECT_EQ(put(joiner, raw(0)), first);
+    const uint32_t second = give(joiner, raw(1));
+    EXPECT_EQ(put(joiner, raw(1)), second);
+    EXPECT_EQ(through(), (Frames{first, second}));
+    EXPECT_TRUE(lost().empty());
+}
+
 TEST_F(FrameFlowTest, RoundedTimes_AreTheSameFrame) {
     const NodeIndex filter = node(Order::kArrival);
     give(filter, raw(0));

@@ -63,6 +63,11 @@ TEST_F(PipelinesTest, NothingIsLost_EveryFrameIsRecordedWithEveryElement) {
              "videotestsrc capsfilter jpegenc jpegdec sink", 40},
             {"a muxer", SOURCE "! jpegenc ! matroskamux ! fakesink name=sink",
              "videotestsrc capsfilter jpegenc matroskamux sink", 40},
+            {"pieces of frames",
+             SOURCE "! x264enc sliced-threads=true threads=4 ! h264parse ! "
+                    "video/x-h264,alignment=nal,stream-format=byte-stream ! queue ! "
+                    "fakesink name=sink",
+             "videotestsrc capsfilter x264enc h264parse capsfilter queue sink", 40},
             {"packets, several of a frame",
              SOURCE "! x264enc ! rtph264pay mtu=100 ! fakesink name=sink",
              "videotestsrc capsfilter x264enc rtph264pay sink", 40},
@@ -72,6 +77,14 @@ TEST_F(PipelinesTest, NothingIsLost_EveryFrameIsRecordedWithEveryElement) {
              "videotestsrc capsfilter videorate capsfilter videoconvert sink", 40},
             {"branches", SOURCE "! tee name=t ! queue ! fakesink t. ! queue ! jpegenc ! fakesink",
              "videotestsrc capsfilter t queue queue", 40},
+            {"beside sound that ends earlier",
+             SOURCE "! multiqueue name=q ! fakesink name=sink "
+                    "audiotestsrc num-buffers=5 ! audio/x-raw,rate=8000 ! q. "
+                    "q. ! fakesink sync=true",
+             "videotestsrc capsfilter q sink", 40},
+            {"two cameras side by side",
+             SOURCE "! multiqueue name=q ! fakesink " SOURCE "! q. q. ! fakesink",
+             "videotestsrc capsfilter q fakesink", 80},
             {"no times, other memory",
              "fakesrc num-buffers=40 sizetype=fixed sizemax=4608 ! "
              "video/x-raw,format=I420,width=64,height=48,framerate=30/1 ! videoconvert ! "
@@ -164,6 +177,18 @@ TEST_F(PipelinesTest, StoppedInMidStream_WhatIsUnderWayIsRecordedAndNoLoss) {
     const std::vector<traced::Record> records = traced::records();
     ASSERT_FALSE(records.empty());
     EXPECT_EQ(records[0].nodes.back().name, "sink");
+    EXPECT_EQ(newlyLost(), 0U);
+}
+
+TEST_F(PipelinesTest, PlayedAgain_IsRecordedFromTheFirstNumberAgain) {
+    TracedPipeline pipeline(SOURCE "! queue ! fakesink name=sink");
+    for (int round = 0; round < 2; ++round) {
+        traced::forget();
+        ASSERT_TRUE(pipeline.runsToItsEnd());
+        pipeline.setState(GST_STATE_READY);
+        expectWholeFrames(traced::records(), 40, traced::records().at(0).path());
+        EXPECT_EQ(traced::records().at(0).nodes.back().name, "sink");
+    }
     EXPECT_EQ(newlyLost(), 0U);
 }
 

@@ -41,8 +41,9 @@ std::vector<FrameRange> SegmentCollector::around(const std::vector<uint32_t>& lo
     return ranges;
 }
 
-SegmentCollector::SegmentCollector(const std::vector<FrameRange>& wanted, bool findsGaps)
-      : mWanted(joined(wanted)), mFindsGaps(findsGaps) {}
+SegmentCollector::SegmentCollector(const std::vector<FrameRange>& wanted,
+                                   std::optional<FrameRange> gapsIn)
+      : mWanted(joined(wanted)), mGapsIn(gapsIn) {}
 
 void SegmentCollector::beginFile(const DumpFile& file) {
     mFile = file;
@@ -54,13 +55,12 @@ void SegmentCollector::add(const Record& record) {
         return;
     }
     const uint32_t frame = record.frame();
-    const bool followsGaps = mFindsGaps && mFile.kind == DumpKind::Binary;
     const bool isWanted = isIn(mWanted, frame);
-    if (!followsGaps && !isWanted) {
+    if (!findsGaps() && !isWanted) {
         return;
     }
     const auto stored = std::make_shared<StoredRecord>(record);
-    if (followsGaps) {
+    if (findsGaps()) {
         followGaps(frame, stored);
     }
     if (isWanted) {
@@ -71,7 +71,8 @@ void SegmentCollector::add(const Record& record) {
 // A gap may close again: frames come in the order in which they were completed.
 void SegmentCollector::followGaps(uint32_t frame,
                                   const std::shared_ptr<const StoredRecord>& record) {
-    if (mHasLast && frame > mLast + 1 && mGaps.size() < kMostLosses) {
+    if (mHasLast && frame > mLast + 1 && mGaps.size() < kMostLosses &&
+        mGapsIn->meets({mLast + 1, frame - 1})) {
         mGaps.push_back({{mLast + 1, frame - 1}, frame - mLast - 1});
         for (const auto& recent : mRecent) {
             keep(recent->view().frame(), recent);
@@ -133,13 +134,23 @@ Segment SegmentCollector::newSegment() const {
     return segment;
 }
 
+// The session lists the first of its gaps only, and counts all of them.
+void SegmentCollector::addGaps(const SessionSummary& session, Segment& segment) const {
+    segment.missing = session.missing;
+    for (const FrameRange& gap : session.gaps) {
+        if (!mGapsIn->meets(gap)) {
+            segment.missing -= uint64_t{gap.last} - gap.first + 1;
+        } else if (segment.gaps.size() < kMostLosses) {
+            segment.gaps.push_back(gap);
+        }
+    }
+}
+
 void SegmentCollector::endSession(const SessionSummary& session) {
     Segment segment = newSegment();
     segment.session = session.number;
-    if (mFindsGaps && mFile.kind == DumpKind::Binary) {
-        segment.missing = session.missing;
-        segment.gaps = session.gaps;
-        segment.gaps.resize(std::min(segment.gaps.size(), kMostLosses));
+    if (findsGaps()) {
+        addGaps(session, segment);
     }
     keepOnly(segment.gaps);
     if (mKept < kMostKept && !mFrames.empty()) {
@@ -157,7 +168,7 @@ void SegmentCollector::endFile(const DumpEnd& end) {
     for (size_t i = mFirstOfFile; i < mSegments.size(); ++i) {
         mSegments[i].isDamaged = end.damage.any();
     }
-    mRecords += end.records;
+    mFiles.push_back({mFile, end.records, end.damage.any()});
     if (mFile.kind != DumpKind::Binary && mFile.lostFrame) {
         announce(end);
     }

@@ -1,12 +1,19 @@
 #pragma once
 
 #include <deque>
+#include <optional>
 #include <vector>
 
 #include "tools/explain/Segment.h"
 #include "tools/sink/RecordSink.h"
 
 namespace vdrdump {
+
+struct ReadFile {
+    DumpFile file;
+    uint64_t records = 0;  // all, kept or not
+    bool isDamaged = false;
+};
 
 // Keeps the records of chosen frames, as a rule those around losses that are known before anything
 // is read, and where wanted those around frames that a binary dump has no record of. Memory is
@@ -24,7 +31,8 @@ public:
     // Of as many lost frames as there may be.
     static std::vector<FrameRange> around(const std::vector<uint32_t>& lost);
 
-    SegmentCollector(const std::vector<FrameRange>& wanted, bool findsGaps);
+    // Finds gaps of binary dumps in `gapsIn`, none where that is none.
+    SegmentCollector(const std::vector<FrameRange>& wanted, std::optional<FrameRange> gapsIn);
 
     void beginFile(const DumpFile& file) override;
     void add(const Record& record) override;
@@ -34,7 +42,7 @@ public:
     bool isDone() const override { return false; }
 
     const std::vector<Segment>& segments() const { return mSegments; }
-    uint64_t records() const { return mRecords; }  // of all files, kept or not
+    const std::vector<ReadFile>& files() const { return mFiles; }
     bool isFull() const { return mKept >= kMostKept; }
 
 private:
@@ -43,17 +51,19 @@ private:
         uint32_t open;  // frames of it that have not come late
     };
 
+    bool findsGaps() const { return mGapsIn && mFile.kind == DumpKind::Binary; }
     void followGaps(uint32_t frame, const std::shared_ptr<const StoredRecord>& record);
     void keep(uint32_t frame, const std::shared_ptr<const StoredRecord>& record);
     void keepOnly(const std::vector<FrameRange>& gaps);
     Segment newSegment() const;
+    void addGaps(const SessionSummary& session, Segment& segment) const;
     void announce(const DumpEnd& end);
 
     std::vector<FrameRange> mWanted;  // in order, apart from each other
-    const bool mFindsGaps;
+    const std::optional<FrameRange> mGapsIn;
     std::vector<Segment> mSegments;
     size_t mKept = 0;  // in all segments
-    uint64_t mRecords = 0;
+    std::vector<ReadFile> mFiles;
 
     DumpFile mFile;
     size_t mFirstOfFile = 0;  // segment

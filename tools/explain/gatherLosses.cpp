@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "tools/explain/SegmentCollector.h"
 #include "tools/read/DumpName.h"
 #include "tools/sink/DumpPass.h"
 
@@ -33,15 +32,37 @@ std::vector<uint32_t> knownLosses(const LossRequest& request,
     return lost;
 }
 
+// Where losses are looked for.
+FrameRange lossesIn(const LossRequest& request) {
+    return request.frames ? *request.frames : FrameRange{0, UINT32_MAX};
+}
+
 // Frames that nobody will ask for are not even looked at.
 Selection selectionOf(const LossRequest& request) {
     Selection selection;
     selection.session = request.session;
-    selection.frames = request.frames;
-    if (request.lost && !request.frames) {
+    if (request.frames) {
+        selection.frames =
+                request.explains ? SegmentCollector::around(*request.frames) : request.frames;
+    } else if (request.lost) {
         selection.frames = SegmentCollector::around(FrameRange{*request.lost, *request.lost});
     }
     return selection;
+}
+
+SegmentCollector collectorFor(const LossRequest& request, std::vector<uint32_t> lost) {
+    const FrameRange frames = lossesIn(request);
+    const bool isOfLosses = !request.frames || request.explains;
+    lost.erase(std::remove_if(lost.begin(), lost.end(),
+                              [&](uint32_t frame) {
+                                  return !isOfLosses || !frames.meets({frame, frame});
+                              }),
+               lost.end());
+    std::vector<FrameRange> wanted = SegmentCollector::around(lost);
+    if (request.frames) {
+        wanted.push_back(frames);
+    }
+    return {wanted, isOfLosses && !request.lost ? std::optional(frames) : std::nullopt};
 }
 
 }  // namespace
@@ -49,10 +70,7 @@ Selection selectionOf(const LossRequest& request) {
 GatheredLosses gatherLosses(const LossRequest& request) {
     const std::vector<Announcement> announcements =
             request.log.empty() ? std::vector<Announcement>() : readAnnouncements(request.log);
-    const std::vector<FrameRange> wanted =
-            request.frames ? std::vector<FrameRange>{*request.frames}
-                           : SegmentCollector::around(knownLosses(request, announcements));
-    SegmentCollector collector(wanted, !request.lost && !request.frames);
+    SegmentCollector collector = collectorFor(request, knownLosses(request, announcements));
     Progress progress(request.files, true);
     DumpPass pass(collector, progress, stderr);
     pass.choose(selectionOf(request));
@@ -62,7 +80,15 @@ GatheredLosses gatherLosses(const LossRequest& request) {
     }
     progress.clear();
     gathered.found = makeLossCases(collector.segments(), announcements, request.lost);
-    gathered.records = collector.records();
+    auto& cases = gathered.found.cases;
+    cases.erase(std::remove_if(
+                        cases.begin(), cases.end(),
+                        [&](const LossCase& each) { return !lossesIn(request).meets(each.lost); }),
+                cases.end());
+    gathered.files = collector.files();
+    for (const ReadFile& file : gathered.files) {
+        gathered.records += file.records;
+    }
     gathered.wasFull = collector.isFull();
     return gathered;
 }

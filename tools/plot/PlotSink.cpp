@@ -28,7 +28,7 @@ void PlotSink::beginFile(const DumpFile& file) {
     mCurves.emplace(mFields);
     if (file.lostFrame) {
         mAroundLoss.emplace(SegmentCollector::around(std::vector<uint32_t>{*file.lostFrame}),
-                            false);
+                            std::nullopt);
         mAroundLoss->beginFile(file);
     }
 }

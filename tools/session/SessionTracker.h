@@ -12,6 +12,8 @@ namespace vdrdump {
 struct FrameRange {
     uint32_t first;
     uint32_t last;
+
+    bool meets(const FrameRange& other) const { return first <= other.last && other.first <= last; }
 };
 
 struct SessionSummary {

@@ -24,10 +24,6 @@ public:
     bool isDone() const override { return mOutput.hasFailed(); }
 
 private:
-    void showColumn(const Column& column, const Record& record);
-    void showArray(const ArrayField& array, const Record& record);
-    std::string nameOf(const ArrayField& array, const uint8_t* element) const;
-
     const FieldChoice mFields;
     const NodeNames mNames;
     Output mOutput;

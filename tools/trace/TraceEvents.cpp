@@ -155,28 +155,22 @@ void TraceEvents::counter(const std::string& name, double time, double value) {
     }
 }
 
-// The lane that has been free for longest is not looked for: the first free one keeps a node that
-// works on one frame at a time in one lane.
 uint32_t TraceEvents::laneOf(const NodeStamps& node) {
     const auto [place, isNew] = mTracks.emplace(node.ids, Track());
     Track& track = place->second;
     if (isNew) {
         track.number = static_cast<uint32_t>(mTracks.size());
     }
-    size_t lane = 0;
-    while (lane < track.lanesFreeAt.size() && track.lanesFreeAt[lane] >= node.first()) {
-        ++lane;
-    }
+    const size_t lanes = track.lanes.count();
+    const size_t lane = track.lanes.take(node.first(), node.last());
     const uint32_t number = track.number * kMostLanes + static_cast<uint32_t>(lane);
-    if (lane == track.lanesFreeAt.size()) {
-        track.lanesFreeAt.push_back(0);
+    if (lane == lanes) {
         nameOf("thread_name", process(kNodeTracks), number,
                "node " + mNames.nameOf(node.ids) +
                        (lane == 0 ? "" : ", lane " + std::to_string(lane + 1)));
         event("M", "thread_sort_index", process(kNodeTracks), number, 0,
               ",\"args\":{\"sort_index\":" + std::to_string(number) + "}");
     }
-    track.lanesFreeAt[lane] = node.last();
     return number;
 }
 

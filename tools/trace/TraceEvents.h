@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/explain/Findings.h"
+#include "tools/explain/Lanes.h"
 #include "tools/explain/LossCases.h"
 #include "tools/explain/nodesOf.h"
 #include "tools/output/Output.h"
@@ -34,8 +35,8 @@ public:
 private:
     // Of the session that is being added.
     struct Track {
-        uint32_t number = 0;                // of the node
-        std::vector<uint64_t> lanesFreeAt;  // stamps
+        uint32_t number = 0;  // of the node
+        Lanes lanes;
     };
 
     void begin(const SessionHistory& history);
