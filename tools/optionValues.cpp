@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 
 #include "tools/output/printablePath.h"
@@ -108,6 +109,20 @@ void checkOutput(const CommandLine& line) {
     }
 }
 
+// The place of `text` among `names`.
+size_t placeOf(const char* option, const std::string& text, const std::vector<std::string>& names) {
+    const auto found = std::find(names.begin(), names.end(), text);
+    if (found != names.end()) {
+        return static_cast<size_t>(found - names.begin());
+    }
+    std::string expected;
+    for (size_t i = 0; i < names.size(); ++i) {
+        expected += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
+    }
+    throw CLI::ValidationError(option, "expected " + expected + ", found " + printablePath(text) +
+                                               suggestion(text, names));
+}
+
 }  // namespace
 
 uint32_t frameOf(const std::string& option, const std::string& text) {
@@ -154,14 +169,13 @@ uint32_t sessionOf(const std::string& text) {
 }
 
 CommandLine::Format formatOf(const std::string& text) {
-    const std::vector<std::string> names = {"csv", "ndjson", "sqlite", "trace"};
-    for (size_t i = 0; i < names.size(); ++i) {
-        if (text == names[i]) {
-            return static_cast<CommandLine::Format>(i);
-        }
-    }
-    throw CLI::ValidationError("--format", "expected csv, ndjson, sqlite or trace, found " +
-                                                   printablePath(text) + suggestion(text, names));
+    return static_cast<CommandLine::Format>(
+            placeOf("--format", text, {"csv", "ndjson", "sqlite", "trace"}));
+}
+
+Engine engineOf(const std::string& text) {
+    return static_cast<Engine>(
+            placeOf("--engine", text, {"duckdb", "clickhouse", "spark", "sqlite"}));
 }
 
 std::string suggestion(const std::string& word, const std::vector<std::string>& candidates) {
@@ -171,7 +185,7 @@ std::string suggestion(const std::string& word, const std::vector<std::string>& 
 
 void checkUsage(CommandLine& line) {
     checkFields(line);
-    if (line.command == Command::Fields) {
+    if (line.command == Command::Fields || line.command == Command::Schema) {
         return;
     }
     if (line.files.empty()) {
