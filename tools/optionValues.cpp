@@ -9,8 +9,8 @@
 
 #include "tools/output/printablePath.h"
 #include "tools/plot/Panel.h"
+#include "tools/record/ChosenValue.h"
 #include "tools/record/nearestName.h"
-#include "tools/sink/TableSink.h"
 
 namespace vdrdump {
 namespace {
@@ -70,15 +70,14 @@ void checkFields(CommandLine& line) {
     if (line.isTable && line.fields.isAll()) {
         throw CLI::RequiredError("--table: at least one FIELD");
     }
-    if (const std::string name = TableSink::unfitField(line.fields);
-        line.isTable && !name.empty()) {
+    if (const std::string name = arrayAsAWhole(line.fields); line.isTable && !name.empty()) {
         throw CLI::ValidationError(
                 "--table", name + " has many values in a record; one of them is " + name + "[0]");
     }
     if (const std::string name = fieldWithoutCurve(line.fields);
         line.command == Command::Plot && !name.empty()) {
-        throw CLI::ValidationError("--field", name + " has no curve: expected fields with one "
-                                                     "number in a record");
+        throw CLI::ValidationError("--field", name + " has no curve: expected numbers, each "
+                                                     "one in a record");
     }
 }
 
