@@ -12,8 +12,19 @@ constexpr double kMostIntegers = 8;  // on an axis that has a number at each
 
 bool isOfIntegers(const Axis& axis) {
     return std::all_of(axis.curves.begin(), axis.curves.end(), [](const Curve& curve) {
-        return curve.source.column != nullptr && curve.source.column->kind != Kind::F32 && curve.factor == 1;
+        return curve.source.column != nullptr && curve.source.column->kind != Kind::F32 &&
+               curve.factor == 1;
     });
+}
+
+// Of numbers up to `size` that are told apart within `span`: stamps count from the start of the
+// device, and have as many digits as it takes.
+std::string formatOf(double size, double span) {
+    if (size < 1e7) {
+        return size < 1e6 ? "% h" : "%.0f";
+    }
+    const int digits = 1 + static_cast<int>(std::ceil(std::log10(std::max(size / span, 1.0))));
+    return printed("%%.%ds%%c", std::min(digits, 9));
 }
 
 }  // namespace
@@ -40,9 +51,9 @@ std::string axisCommands(const std::string& name, const Axis& axis, const PlotCu
     const double lowest = all.low() >= 0 ? -0.02 * high : -INFINITY;
     const double low = std::max(lowest, all.low() - room);
     const bool hasFew = isOfIntegers(axis) && high - low < kMostIntegers;
-    const char* const format = size < 1e6 ? "% h" : size < 1e7 ? "%.0f" : "%.1s%c";
-    return printed("set %srange [%.10g:%.10g]\nset %stics %s\nset format %s '%s'\n", name.c_str(),
-                   low, high, name.c_str(), hasFew ? "1" : "autofreq", name.c_str(), format);
+    return printed("set %srange [%.16g:%.16g]\nset %stics %s\nset format %s '%s'\n", name.c_str(),
+                   low, high, name.c_str(), hasFew ? "1" : "autofreq", name.c_str(),
+                   formatOf(size, high - low).c_str());
 }
 
 }  // namespace vdrdump
