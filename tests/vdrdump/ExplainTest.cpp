@@ -144,6 +144,67 @@ TEST(Explain, NamesThePlantedCauseInAnyNoise) {
     }
 }
 
+struct Pace {
+    const char* name;
+    double work;
+    size_t atOnce;
+    uint32_t burst;
+    bool isTooSlow;
+};
+
+constexpr Pace kPaces[] = {
+        {"Slow", 80, 1, 1, true},
+        {"AlmostKeepsUp", 38, 1, 1, true},
+        {"SlowForManyFrames", 230, 1, 1, true},
+        {"SlowWithBursts", 80, 1, 6, true},
+        {"KeepsUp", 32, 1, 1, false},
+        {"SeveralAtOnce", 80, 3, 1, false},
+        {"KeepsUpWithBursts", 20, 1, 6, false},
+};
+
+// The latest by the 100th; of a session without any that one.
+uint32_t lostOf(const std::vector<Frame>& frames) {
+    uint32_t lost = kLost;
+    for (const Frame& each : frames) {
+        lost = each.frameNumber <= kLost && MadeSession::isLost(each) ? each.frameNumber : lost;
+    }
+    return lost;
+}
+
+// Frames are lost again and again, and none of them is unlike the others. Their records tell how
+// far they came, or there are none of them.
+TEST(Explain, NamesTheNodeThatCannotKeepUp) {
+    for (const Pace& pace : kPaces) {
+        MadeSession session;
+        session.steadyWork = pace.work;
+        session.atOnce = pace.atOnce;
+        session.burst = pace.burst;
+        for (uint32_t seed = 0; seed < 40; ++seed) {
+            std::vector<Frame> frames =
+                    session.frames(kLost - 30, seed % 2 == 0 ? kLost : kLost + 30, seed);
+            const uint32_t lost = lostOf(frames);
+            if (seed % 4 < 2) {
+                frames.erase(std::remove_if(frames.begin(), frames.end(), MadeSession::isLost),
+                             frames.end());
+            }
+            const Findings findings = analyseLoss({lost, lost}, mapOf(frames));
+            const std::string cause = Phrases(findings, NodeNames()).cause();
+            SCOPED_TRACE(std::string(pace.name) + ", seed " + std::to_string(seed) + ": " + cause);
+            ASSERT_EQ(findings.bottleneck.has_value(), pace.isTooSlow);
+            if (pace.isTooSlow) {
+                EXPECT_NEAR(findings.bottleneck->work, pace.work, pace.work / 5);
+                EXPECT_EQ(findings.bottleneck->node, (NodeIds{7, 102, 0}));
+            }
+            if (pace.isTooSlow && pace.burst == 1) {
+                EXPECT_NEAR(findings.bottleneck->interval, 33.3, 1);
+                EXPECT_NE(cause.find("node 7/102/0 works "), std::string::npos);
+                EXPECT_NE(cause.find(" ms on each frame, and frames come every 3"),
+                          std::string::npos);
+            }
+        }
+    }
+}
+
 TEST(Explain, IsSilentAboutNoise) {
     size_t alarms = 0;
     for (uint32_t seed = 0; seed < 1000; ++seed) {

@@ -5,6 +5,7 @@
 #include "tools/explain/Measurements.h"
 #include "tools/explain/clocksOf.h"
 #include "tools/explain/deviceState.h"
+#include "tools/explain/findBottleneck.h"
 #include "tools/explain/findChanges.h"
 #include "tools/explain/findStuck.h"
 #include "tools/explain/likeliestCause.h"
@@ -101,6 +102,7 @@ Findings analyseLoss(const FrameRange& lost, const FrameMap& session) {
     findings.clocks = clocksOf(frames);
     weighRecords(frames, findings);
     findings.span = spanOf(findings, frames);
+    findings.bottleneck = findBottleneck(frames, lost, findings.clocks);
 
     const FrameRange window = framesAround(lost, kWindow, kWindow);
     const Measurements measurements(frames, findings.clocks);

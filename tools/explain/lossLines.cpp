@@ -174,6 +174,11 @@ private:
         if (mFindings.span) {
             line("around it", mPhrases.span(*mFindings.span));
         }
+        if (mFindings.bottleneck) {
+            line("bottleneck", mPhrases.bottleneck(*mFindings.bottleneck) + " (median of the " +
+                                       std::to_string(mFindings.bottleneck->works) +
+                                       " nearest that it worked on, one at a time)");
+        }
     }
 
     std::string changes() const {
