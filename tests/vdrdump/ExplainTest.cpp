@@ -377,6 +377,34 @@ TEST(Explain, TellsClocksApart) {
     EXPECT_EQ(findings.cause.kind, Cause::Kind::StandsOut);
 }
 
+// 30,000 frames a second, which a guess takes for 30, and which reach the first node 150 frames
+// later.
+TEST(Explain, TakesTheStatedClock) {
+    const TempFolder folder;
+    std::vector<Frame> frames = MadeSession().frames(70, 130, 8);
+    for (Frame& each : frames) {
+        each.cslInfo.stamp /= 1000;
+        for (size_t i = 0; i < each.nodeInfoCount; ++i) {
+            for (size_t j = 0; j < 4; ++j) {
+                each.nodeInfo[i].stamps[j] = each.nodeInfo[i].stamps[j] / 1000 + 5000000;
+            }
+        }
+    }
+    const std::string dump = folder.file("fast.bin", binaryOf(without(frames, {kLost})));
+    const auto clocksBy = [&](const std::string& names) {
+        return explain({dump, "--names", folder.file("names", names)})["losses"][0]["clocks"];
+    };
+    const Json::Value stated = clocksBy("7/101/0 scaler\n clock\tnanoseconds\r\n");
+    EXPECT_EQ(stated["ticksPerSecond"], 1e9);
+    EXPECT_EQ(stated["nodeTicksPerSecond"], 1e9);
+    EXPECT_NEAR(stated["frameInterval"].asDouble(), 0.0333, 0.001) << "milliseconds";
+    EXPECT_TRUE(stated["oneClock"]["node"].asBool());
+    EXPECT_TRUE(stated["isStated"].asBool());
+    const Json::Value guessed = clocksBy("7/101/0 scaler\n");
+    EXPECT_NEAR(guessed["frameInterval"].asDouble(), 33.3, 1);
+    EXPECT_FALSE(guessed["oneClock"]["node"].asBool());
+}
+
 TEST(Explain, NamesOfNodes) {
     const TempFolder folder;
     MadeSession session;
@@ -387,7 +415,8 @@ TEST(Explain, NamesOfNodes) {
     const std::string said = run({"explain", dump, "--names", names}).out;
     EXPECT_EQ(said.rfind("Frame 100: node noise \\x1b[1m filter (7/102/0) started on it", 0), 0U)
             << said;
-    for (const char* wrong : {"7/101 scaler", "7/101/0", "7/101/0scaler", "seven/1/2 a"}) {
+    for (const char* wrong : {"7/101 scaler", "7/101/0", "7/101/0scaler", "seven/1/2 a",
+                              "clock hours", "clock", "clock nanoseconds 2"}) {
         const Program program = run({"explain", dump, "--names", folder.file("wrong", wrong)});
         EXPECT_EQ(program.status, 1) << wrong;
         EXPECT_NE(program.err.find("wrong:1: expected three ids"), std::string::npos)

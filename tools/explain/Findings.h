@@ -55,8 +55,10 @@ struct Comparison {
     double excess() const { return value - median; }
 };
 
-// How the stamps were taken. Units are taken from how far frames are apart.
+// How the stamps were taken. Units, unless the user states one, are taken from how far frames are
+// apart.
 struct StampClocks {
+    bool isStated = false;
     std::optional<double> ticksPerSecond;      // of frame stamps
     std::optional<double> nodeTicksPerSecond;  // of node stamps
     double frameInterval = 0;                  // usual, in milliseconds or ticks; 0 not known

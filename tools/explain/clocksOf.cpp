@@ -142,7 +142,7 @@ bool shareClock(const Stamps& frames, const Stamps& nodes, double interval, doub
 
 }  // namespace
 
-StampClocks clocksOf(const FrameMap& frames) {
+StampClocks clocksOf(const FrameMap& frames, std::optional<double> stated) {
     const Stamps own = stampsOf(frames, ownStamp);
     const Stamps nodes = stampsOf(frames, firstNodeStamp);
     const double nodeInterval = intervalOf(nodes);
@@ -150,17 +150,18 @@ StampClocks clocksOf(const FrameMap& frames) {
     clocks.hasFrameStamps = !own.empty();
     clocks.hasNodeStamps = !nodes.empty();
     const double interval = clocks.hasFrameStamps ? intervalOf(own) : nodeInterval;
-    clocks.ticksPerSecond = ticksPerSecondOf(interval);
-    clocks.nodeTicksPerSecond = ticksPerSecondOf(nodeInterval);
+    clocks.isStated = stated.has_value();
+    clocks.ticksPerSecond = stated ? stated : ticksPerSecondOf(interval);
+    clocks.nodeTicksPerSecond = stated ? stated : ticksPerSecondOf(nodeInterval);
     clocks.frameInterval = inTime(interval, clocks.ticksPerSecond);
-    clocks.nodesShareIt = clocks.hasNodeStamps && (!clocks.hasFrameStamps ||
+    clocks.nodesShareIt = clocks.hasNodeStamps && (stated || !clocks.hasFrameStamps ||
                                                    shareClock(own, nodes, interval, nodeInterval));
     const std::vector<double> features = featureDistances(frames);
     const std::vector<double> motion = motionDistances(frames);
     clocks.hasFeatureStamps = !features.empty();
     clocks.hasMotionStamps = !motion.empty();
-    clocks.featuresShareIt = isNear(features, interval);
-    clocks.motionSharesIt = isNear(motion, interval);
+    clocks.featuresShareIt = stated ? !features.empty() : isNear(features, interval);
+    clocks.motionSharesIt = stated ? !motion.empty() : isNear(motion, interval);
     return clocks;
 }
 

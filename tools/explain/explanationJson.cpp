@@ -128,6 +128,7 @@ Json::Value clocksOf(const StampClocks& clocks) {
     Json::Value value;
     value["ticksPerSecond"] = orNull(clocks.ticksPerSecond);
     value["nodeTicksPerSecond"] = orNull(clocks.nodeTicksPerSecond);
+    value["isStated"] = clocks.isStated;
     value["frameInterval"] = clocks.frameInterval;
     const auto add = [&value](const char* name, bool isThere, bool isShared) {
         value["oneClock"][name] = isThere ? Json::Value(isShared) : Json::Value();
