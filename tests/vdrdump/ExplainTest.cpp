@@ -205,6 +205,18 @@ TEST(Explain, NamesTheNodeThatCannotKeepUp) {
     }
 }
 
+TEST(Explain, NodeOfCapturesNeedNotKeepUp) {
+    MadeSession session;
+    session.also = [](Frame& each) {
+        for (size_t j = 0; j < 4; ++j) {
+            uint64_t stamp = each.nodeInfo[4].stamps[j] + (j < 2 ? 0 : 80000000);
+            stamp = each.frameNumber % 6 == 0 ? stamp : 0;
+            each.nodeInfo[4].stamps[j] = stamp;
+        }
+    };
+    EXPECT_FALSE(analyseLoss({kLost, kLost}, mapOf(session.frames(70, 130, 1))).bottleneck);
+}
+
 TEST(Explain, IsSilentAboutNoise) {
     size_t alarms = 0;
     for (uint32_t seed = 0; seed < 1000; ++seed) {

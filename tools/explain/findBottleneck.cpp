@@ -86,9 +86,9 @@ std::optional<Bottleneck> findBottleneck(const FrameMap& frames, const FrameRang
             continue;
         }
         const double work = medianWork(works, clocks);
-        // It may wait for the next frame to be taken. Longer than that, and frames come in bursts
-        // or are meant to pass it by.
-        const bool isBusy = medianRest(works, clocks) < interval;
+        // In between it may wait for the next frame, or for another node of its thread. A node that
+        // rests for longer than it works is meant to get few frames, such as captures.
+        const bool isBusy = medianRest(works, clocks) < work;
         if (work > kLonger * interval && isBusy && (!slowest || work > slowest->work)) {
             slowest = Bottleneck{ids, work, interval, works.size()};
         }
