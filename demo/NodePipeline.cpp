@@ -1,6 +1,7 @@
 #include "demo/NodePipeline.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace demo {
 namespace {
@@ -34,8 +35,9 @@ size_t troubledPlace(Cause cause) {
 }
 
 std::string idsOf(const Node& node) {
-    return std::to_string(node.ids[0]) + "/" + std::to_string(node.ids[1]) + "/" +
-           std::to_string(node.ids[2]);
+    char text[3 * sizeof("0xffffffff")];
+    std::snprintf(text, sizeof(text), "0x%x:0x%x:0x%x", node.ids[0], node.ids[1], node.ids[2]);
+    return text;
 }
 
 }  // namespace

@@ -30,7 +30,8 @@ Can I ask questions in SQL?
   vdrdump export *.bin *.txt --format sqlite -o dumps.db
   sqlite3 dumps.db 'SELECT path, lostFrame FROM losses'
 How do many dumps get into a data lake?
-  vdrdump export *.bin *.txt --format csv | zstd > dumps.csv.zst
+  vdrdump schema --engine duckdb
+  vdrdump export *.bin *.txt --format csv -o dumps.csv
 
 A FILE is a binary dump (.bin) or a frame-loss text (.txt), told apart by what is in it;
 "-" or no FILE is standard input. Exit status: 0 all was read, 1 something was damaged or
@@ -117,7 +118,7 @@ void addOutput(CLI::App& command, CommandLine& line) {
 CLI::Option* addNames(CLI::App& command, CommandLine& line) {
     return command
             .add_option("--names", line.names,
-                        "What to call the nodes: a line each, such as 2/202/0 scaler")
+                        "What to call the nodes: a line each, such as 0x2:0xca:0x0 scaler")
             ->type_name("NAMES");
 }
 
@@ -195,8 +196,19 @@ void addPlot(CLI::App& app, CommandLine& line) {
 void addFields(CLI::App& app, CommandLine& line) {
     CLI::App& fields = addCommand(app, line, Command::Fields, "fields",
                                   "What a record holds: names, types, units, meanings");
-    fields.add_option("NAME", line.fieldNames, "Only these")->type_name("");
-    fields.add_flag("--names", line.namesOnly, "All names, a line each, and nothing else");
+    CLI::Option* named = fields.add_option("NAME", line.fieldNames, "Only these")->type_name("");
+    fields.add_flag("--names", line.namesOnly, "All names, a line each, and nothing else")
+            ->excludes(named);
+}
+
+void addSchema(CLI::App& app, CommandLine& line) {
+    CLI::App& schema = addCommand(app, line, Command::Schema, "schema",
+                                  "The tables of an export, declared with all types");
+    schema.add_option_function<std::string>(
+                  "--engine", [&line](Text text) { line.engine = engineOf(text); },
+                  "duckdb, clickhouse, spark or sqlite")
+            ->type_name("ENGINE")
+            ->required();
 }
 
 // An argument that nothing takes, and the one that comes nearest to it.
@@ -251,6 +263,7 @@ bool CommandLine::parse(int argc, const char* const* argv, int& status) {
     addExport(app, *this);
     addPlot(app, *this);
     addFields(app, *this);
+    addSchema(app, *this);
     app.footer(kExamples);  // last: subcommands would take it over
     try {
         app.parse(argc, argv);

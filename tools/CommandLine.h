@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "tools/record/FieldChoice.h"
+#include "tools/schema/printSchema.h"
 #include "tools/session/Selection.h"
 
 namespace vdrdump {
 
 // What the user asked for.
 struct CommandLine {
-    enum class Command : uint8_t { Info, Explain, Report, Show, Export, Plot, Fields };
+    enum class Command : uint8_t { Info, Explain, Report, Show, Export, Plot, Fields, Schema };
     enum class Format : uint8_t { Csv, Ndjson, Sqlite, Trace };
 
     Command command = Command::Info;
@@ -23,6 +24,7 @@ struct CommandLine {
     bool isJson = false;     // info, explain
     bool namesOnly = false;  // fields
     Format format = Format::Csv;
+    Engine engine = Engine::DuckDb;  // schema
     std::string output = "-";
     std::string log;                 // explain, report
     std::string names;               // explain, report, show, export, plot

@@ -76,6 +76,9 @@ bool run(const CommandLine& line) {
     if (line.command == CommandLine::Command::Fields) {
         return vdrdump::printFields(line.fieldNames, line.namesOnly);
     }
+    if (line.command == CommandLine::Command::Schema) {
+        return vdrdump::printSchema(line.engine);
+    }
     if (line.command == CommandLine::Command::Explain) {
         return vdrdump::explainDumps({lossesOf(line), line.names, line.isJson});
     }

@@ -4,12 +4,13 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 
 #include "tools/output/printablePath.h"
 #include "tools/plot/Panel.h"
+#include "tools/record/ChosenValue.h"
 #include "tools/record/nearestName.h"
-#include "tools/sink/TableSink.h"
 
 namespace vdrdump {
 namespace {
@@ -51,8 +52,15 @@ bool takeAsFile(CommandLine& line, const std::string& name) {
 }
 
 void checkFields(CommandLine& line) {
-    const char* const option = line.command == Command::Fields ? "NAME" : "--field";
+    const char* const option = line.command == Command::Fields ? "NAME"
+                               : line.isTable                  ? "--table"
+                                                               : "--field";
     for (const std::string& name : line.fieldNames) {
+        if (name.empty() || name.rfind("--", 0) == 0) {
+            throw CLI::ValidationError(
+                    option,
+                    "expected a name, found " + (name.empty() ? "none" : printablePath(name)));
+        }
         if (!line.fields.add(name) && !takeAsFile(line, name)) {
             throw CLI::ValidationError(option, printablePath(name) + " is no field" +
                                                        suggestion(name, FieldChoice::names()) +
@@ -62,15 +70,14 @@ void checkFields(CommandLine& line) {
     if (line.isTable && line.fields.isAll()) {
         throw CLI::RequiredError("--table: at least one FIELD");
     }
-    if (const std::string name = TableSink::unfitField(line.fields);
-        line.isTable && !name.empty()) {
+    if (const std::string name = arrayAsAWhole(line.fields); line.isTable && !name.empty()) {
         throw CLI::ValidationError(
                 "--table", name + " has many values in a record; one of them is " + name + "[0]");
     }
     if (const std::string name = fieldWithoutCurve(line.fields);
         line.command == Command::Plot && !name.empty()) {
-        throw CLI::ValidationError("--field", name + " has no curve: expected fields with one "
-                                                     "number in a record");
+        throw CLI::ValidationError("--field", name + " has no curve: expected numbers, each "
+                                                     "one in a record");
     }
 }
 
@@ -99,6 +106,20 @@ void checkOutput(const CommandLine& line) {
                     "-o", "the output is one of the dumps to read: " + printablePath(file));
         }
     }
+}
+
+// The place of `text` among `names`.
+size_t placeOf(const char* option, const std::string& text, const std::vector<std::string>& names) {
+    const auto found = std::find(names.begin(), names.end(), text);
+    if (found != names.end()) {
+        return static_cast<size_t>(found - names.begin());
+    }
+    std::string expected;
+    for (size_t i = 0; i < names.size(); ++i) {
+        expected += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
+    }
+    throw CLI::ValidationError(option, "expected " + expected + ", found " + printablePath(text) +
+                                               suggestion(text, names));
 }
 
 }  // namespace
@@ -147,14 +168,13 @@ uint32_t sessionOf(const std::string& text) {
 }
 
 CommandLine::Format formatOf(const std::string& text) {
-    const std::vector<std::string> names = {"csv", "ndjson", "sqlite", "trace"};
-    for (size_t i = 0; i < names.size(); ++i) {
-        if (text == names[i]) {
-            return static_cast<CommandLine::Format>(i);
-        }
-    }
-    throw CLI::ValidationError("--format", "expected csv, ndjson, sqlite or trace, found " +
-                                                   printablePath(text) + suggestion(text, names));
+    return static_cast<CommandLine::Format>(
+            placeOf("--format", text, {"csv", "ndjson", "sqlite", "trace"}));
+}
+
+Engine engineOf(const std::string& text) {
+    return static_cast<Engine>(
+            placeOf("--engine", text, {"duckdb", "clickhouse", "spark", "sqlite"}));
 }
 
 std::string suggestion(const std::string& word, const std::vector<std::string>& candidates) {
@@ -164,7 +184,7 @@ std::string suggestion(const std::string& word, const std::vector<std::string>& 
 
 void checkUsage(CommandLine& line) {
     checkFields(line);
-    if (line.command == Command::Fields) {
+    if (line.command == Command::Fields || line.command == Command::Schema) {
         return;
     }
     if (line.files.empty()) {

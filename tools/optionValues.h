@@ -15,6 +15,7 @@ FrameRange framesOf(const std::string& text);
 FrameRange aroundOf(const std::string& text);
 uint32_t sessionOf(const std::string& text);
 CommandLine::Format formatOf(const std::string& text);
+Engine engineOf(const std::string& text);
 
 // "; did you mean ...?" for the candidate nearest to `word`, empty where none is near.
 std::string suggestion(const std::string& word, const std::vector<std::string>& candidates);

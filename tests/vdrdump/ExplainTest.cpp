@@ -58,17 +58,17 @@ void addSlowAllocation(Frame& frame) {
 }
 
 const Planted kPlanted[] = {
-        {"SlowNode", [](auto& s) { s.work = 60; }, {"node 7/102/0 worked on it for "}},
+        {"SlowNode", [](auto& s) { s.work = 60; }, {"node 0x7:0x66:0x0 worked on it for "}},
         {"SlowNodeEarlier",
          [](auto& s) {
              s.work = 120;
              s.hit = kLost - 4;
          },
-         {"node 7/102/0 worked on frame 96 for "}},
-        {"LongWait", [](auto& s) { s.wait = 200; }, {"it waited 200", "before node 7/102/0"}},
+         {"node 0x7:0x66:0x0 worked on frame 96 for "}},
+        {"LongWait", [](auto& s) { s.wait = 200; }, {"it waited 200", "before node 0x7:0x66:0x0"}},
         {"Stuck",
          [](auto& s) { s.isStuck = true; },
-         {"node 7/102/0 started on it and never finished"}},
+         {"node 0x7:0x66:0x0 started on it and never finished"}},
         {"SlowAlgorithm",
          [](auto& s) {
              s.cost = 90;
@@ -197,7 +197,7 @@ TEST(Explain, NamesTheNodeThatCannotKeepUp) {
             }
             if (pace.isTooSlow && pace.burst == 1) {
                 EXPECT_NEAR(findings.bottleneck->interval, 33.3, 1);
-                EXPECT_NE(cause.find("node 7/102/0 works "), std::string::npos);
+                EXPECT_NE(cause.find("node 0x7:0x66:0x0 works "), std::string::npos);
                 EXPECT_NE(cause.find(" ms on each frame, and frames come every 3"),
                           std::string::npos);
             }
@@ -425,7 +425,8 @@ TEST(Explain, NamesOfNodes) {
     const std::string names = folder.file(
             "names", "# nodes\n\n7/101/0 scaler\n0x7, 102 0x0\tnoise \x1b[1m filter\r\n");
     const std::string said = run({"explain", dump, "--names", names}).out;
-    EXPECT_EQ(said.rfind("Frame 100: node noise \\x1b[1m filter (7/102/0) started on it", 0), 0U)
+    EXPECT_EQ(said.rfind("Frame 100: node noise \\x1b[1m filter (0x7:0x66:0x0) started on it", 0),
+              0U)
             << said;
     for (const char* wrong : {"7/101 scaler", "7/101/0", "7/101/0scaler", "seven/1/2 a",
                               "clock hours", "clock", "clock nanoseconds 2"}) {

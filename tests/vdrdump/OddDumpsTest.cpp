@@ -80,7 +80,7 @@ struct OddDump {
     const char* name;
     const char* fileName;
     std::string bytes;
-    std::string said;                   // behind "vdrdump: FILE: "; empty: nothing, and status 0
+    std::string said;  // behind the first "vdrdump: FILE: "; empty: nothing, and status 0
     std::vector<std::string> infoSays;  // lines, without the blanks in front
 };
 
@@ -112,6 +112,21 @@ const OddDump kOddDumps[] = {
          withNumber(binary(), 0, 1 | 1U << 20),
          "offset 0: expected a frame number near those behind it, found 1048577",
          {"session 1       40 records, frames 2 to 40", "missing       0"}},
+        {"BitThatMakesTheFirstNumberALateOne",
+         "a.bin",
+         withNumber(binary(), 0, 17),
+         "offset 0: expected a frame number near those behind it, found 17",
+         {"session 1       40 records, frames 2 to 40", "missing       0"}},
+        {"ZeroForANumber",
+         "a.bin",
+         withNumber(binary(), 20, 0),
+         "offset 81920: expected a frame number near 20, found 0",
+         {"session 1       40 records, frames 1 to 40", "missing       1: 21"}},
+        {"NumbersOfALongRun",
+         "a.bin",
+         binaryOf({frame(4000000000), frame(4000000001), frame(4000000002)}),
+         "",
+         {"session 1       3 records, frames 4000000000 to 4000000002"}},
         {"BitInTheLastNumber",
          "a.bin",
          withNumber(binary(), 39, 40 | 1U << 30),
@@ -130,6 +145,13 @@ const OddDump kOddDumps[] = {
          "offset 81920: expected a record of 4096 bytes, found 5 and the next whole record behind "
          "them",
          {"session 1       39 records, frames 1 to 40", "missing       1: 22"}},
+        {"BytesInFrontOfABlockOnceMore",
+         "a.bin",
+         with(with(binary(), 25 * kBlock, 25 * kBlock, std::string(kBlock - 256, '\xc8')),
+              20 * kBlock, 20 * kBlock, std::string(256, '\xc8')),
+         "offset 81920: expected a record, passed 256 bytes to the next whole record\nvdrdump: "
+         "FILE: offset 102656: expected a record, passed 3840 bytes to the next whole record",
+         {"session 1       40 records, frames 1 to 40", "missing       0"}},
         {"BytesInBetween",
          "a.bin",
          with(binary(), 20 * kBlock, 20 * kBlock, std::string(777, '\xc8')),
@@ -209,6 +231,11 @@ const OddDump kOddDumps[] = {
          "\x89PNG\r\n\x1a\n" + std::string(9000, '\xa5') + std::string(1, '\0'),
          "offset 0: expected a dump, found neither its records nor its lines",
          {}},
+        {"AWord",
+         "a.bin",
+         "hello\n",
+         "offset 0: expected a dump, found neither its records nor its lines",
+         {}},
         {"Words",
          "README",
          "# A dump\n\n1, 2 and 3 are numbers.\n",
@@ -224,7 +251,8 @@ TEST_P(OddDumps, AreToldAsWhatTheyAre) {
     const std::string path = folder.file(odd.fileName, odd.bytes);
     const Program program = run({"info", path});
     EXPECT_EQ(program.status, odd.said.empty() ? 0 : 1);
-    EXPECT_EQ(program.err, odd.said.empty() ? "" : "vdrdump: " + path + ": " + odd.said + "\n");
+    EXPECT_EQ(program.err,
+              odd.said.empty() ? "" : replaced("vdrdump: FILE: " + odd.said + "\n", "FILE", path));
     for (const std::string& line : odd.infoSays) {
         EXPECT_NE(program.out.find(" " + line + "\n"), std::string::npos) << line << " in\n"
                                                                           << program.out;
@@ -246,6 +274,32 @@ TEST(OddDumps, ShortWriteOfAnyLength_CostsItsOwnRecordOnly) {
         }
         EXPECT_FALSE(csv.isWhole);
     }
+}
+
+// Each file counts, also one that is not there, and each loss has a line that names its file.
+TEST(OddDumps, ManyFiles_AreSummedUp) {
+    const TempFolder folder;
+    const std::string gap =
+            folder.file("a.bin", with(binary(), 30 * kBlock, 33 * kBlock, "") + binary());
+    const std::string empty = folder.file(kTextName, "");
+    const Program info = run({"info", gap, folder.path("missing.bin"), empty});
+    EXPECT_EQ(info.status, 1);
+    EXPECT_EQ(info.out.substr(std::min(info.out.size(), info.out.find("total:"))),
+              "total: 3 files, 2 with damage\n"
+              "  records         77 in 2 sessions\n"
+              "  losses          2\n"
+              "                  frames 31-33 without a record: " +
+                      gap +
+                      "\n"
+                      "                  frame 12 announced, has no record: " +
+                      empty + "\n");
+    const Program json = run({"info", "--json", gap, folder.path("missing.bin"), empty});
+    EXPECT_NE(json.out.find("\"total\":{\"damaged\":2,\"files\":3,\"losses\":2,\"records\":77,"
+                            "\"sessions\":2}"),
+              std::string::npos)
+            << json.out;
+    EXPECT_NE(json.out.find("{\"damage\":{\"unreadable\":1},\"kind\":\"none\","),
+              std::string::npos);
 }
 
 TEST(OddDumps, DamagedNumber_IsNoneInAnyTable) {

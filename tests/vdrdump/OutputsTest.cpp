@@ -86,7 +86,7 @@ protected:
 };
 
 TEST_P(Outputs, SignalsLeaveWhatWasThere) {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
         const std::string out = mFolder.path("out");
         const bool hadOne = signal == SIGINT;
         if (hadOne) {

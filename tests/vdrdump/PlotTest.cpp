@@ -97,10 +97,10 @@ struct Planted {
 };
 
 const Planted kPlanted[] = {
-        {"SlowNode", [](auto& session) { session.work = 90; }, "time at nodes, ms", "work 7/102/0",
-         90},
+        {"SlowNode", [](auto& session) { session.work = 90; }, "time at nodes, ms",
+         "work 0x7:0x66:0x0", 90},
         {"Wait", [](auto& session) { session.wait = 90; }, "time at nodes, ms",
-         "wait before 7/102/0", 90},
+         "wait before 0x7:0x66:0x0", 90},
         {"Algorithm", [](auto& session) { session.cost = 90; }, "algorithms, as stated", "HDR", 90},
         {"LateSensor", [](auto& session) { session.sensorDelay = 90; }, "frame interval, ms",
          "frame interval", 120},
@@ -141,9 +141,9 @@ TEST(Plot, ChoosesTheSlowestNodesAndThoseThatRise) {
     };
     const auto curves = Drawing(made.frames(70, 130, 1)).curves("time at nodes, ms");
     ASSERT_EQ(curves.size(), 6U);
-    EXPECT_EQ(curves[0], "work 7/103/0");
-    EXPECT_EQ(curves[1], "work 7/101/0");
-    EXPECT_EQ(curves[3], "work 7/104/0");
+    EXPECT_EQ(curves[0], "work 0x7:0x67:0x0");
+    EXPECT_EQ(curves[1], "work 0x7:0x65:0x0");
+    EXPECT_EQ(curves[3], "work 0x7:0x68:0x0");
 }
 
 TEST(Plot, MarksANodeThatDidNotEndAFrame) {
@@ -152,8 +152,9 @@ TEST(Plot, MarksANodeThatDidNotEndAFrame) {
     made.also = [](Frame& each) { each.nodeInfo[4].stamps[2] = each.nodeInfo[4].stamps[3] = 0; };
     const Drawing drawing(made.frames(70, 130, 1));
     const auto curves = drawing.curves("time at nodes, ms");
-    EXPECT_EQ(std::count(curves.begin(), curves.end(), "no end at 7/102/0"), 1);
-    EXPECT_EQ(std::count(curves.begin(), curves.end(), "no end at 7/104/0"), 0) << "never tells it";
+    EXPECT_EQ(std::count(curves.begin(), curves.end(), "no end at 0x7:0x66:0x0"), 1);
+    EXPECT_EQ(std::count(curves.begin(), curves.end(), "no end at 0x7:0x68:0x0"), 0)
+            << "never tells it";
     const auto runs =
             drawing.session().curves().runsOf(drawing.session().unended().at(NodeIds{7, 102, 0}));
     ASSERT_EQ(runs.size(), 1U);
@@ -277,9 +278,10 @@ TEST(Plot, MarksTheLossInEveryPanelAndSaysWhy) {
     ASSERT_EQ(program.status, 0) << program.err;
     EXPECT_EQ(program.err + program.out, "");
     const std::string picture = contentsOf(svg);
-    for (const char* part : {"it's.bin", "frames 70 to 130, 1 missing", "lost: 100",
-                             "Lost frame 100: node noise filter (7/102/0) worked on it for",
-                             "work noise filter (7/102/0)", "missing frames", "video recording"}) {
+    for (const char* part :
+         {"it's.bin", "frames 70 to 130, 1 missing", "lost: 100",
+          "Lost frame 100: node noise filter (0x7:0x66:0x0) worked on it for",
+          "work noise filter (0x7:0x66:0x0)", "missing frames", "video recording"}) {
         EXPECT_TRUE(contains(picture, part)) << part;
     }
     ASSERT_EQ(run({"plot", dump, "-o", svg, "--frames", "70:130"}).status, 0);
@@ -313,16 +315,17 @@ TEST(Plot, DrawsTheChosenSessionFramesAndFields) {
     ASSERT_EQ(run({"plot", dump, "-o", svg, "--session", "2"}).err, "");
     EXPECT_TRUE(contains(contentsOf(svg), "session 2: frames 1 to 50, 0 missing"));
     // The recording has its marks outside of the chosen frames.
-    const Program lost = run({"plot", dump, "-o", svg, "--lost", "31", "--around", "35:5",
-                              "--field", "zoomRatio", "sysStatusInfo_memFree"});
+    const Program lost =
+            run({"plot", dump, "-o", svg, "--lost", "31", "--around", "35:5", "--field",
+                 "zoomRatio", "sysStatusInfo_memFree", "nodeInfo[1].stamps_2"});
     EXPECT_TRUE(contains(lost.err, "plotted session 1 of 2"));
     const std::string picture = contentsOf(svg);
-    for (const char* part :
-         {"session 1: frames 30 to 40, 2 missing", "lost: 31-32", "sysStatusInfo, kB"}) {
+    for (const char* part : {"session 1: frames 30 to 40, 2 missing", "lost: 31-32",
+                             "sysStatusInfo, kB", "[1].stamps_2"}) {
         EXPECT_TRUE(contains(picture, part)) << part;
     }
     EXPECT_FALSE(contains(picture, "temperature"));
-    EXPECT_EQ(occurrences(picture, "rgb(227, 241, 222)"), 3U);  // two panels and their key
+    EXPECT_EQ(occurrences(picture, "rgb(227, 241, 222)"), 4U);  // three panels and their key
     EXPECT_EQ(run({"plot", dump, "-o", svg, "--frames", "200:"}).status, 1);
     EXPECT_EQ(contentsOf(svg), picture);
 }

@@ -101,6 +101,8 @@ const Usage kUsages[] = {
         {"PictureOfAnotherKind", {"plot", "-o", "a.gif"}, 2},
         {"SessionZero", {"plot", "--session", "0", "-o", "a.svg"}, 2},
         {"FieldsOfARecord", {"fields"}, 0},
+        {"SchemaForNoEngine", {"schema"}, 2},
+        {"SchemaForAnUnknownEngine", {"schema", "--engine", "duckbd"}, 2},
         {"AroundNothing", {"show", "--around", ":3"}, 2},
         {"AroundAndFrames", {"show", "--around", "3", "--frames", "1:2"}, 2},
         {"TableAndFields", {"show", "--table", "zoomRatio", "--field", "zoomRatio"}, 2},

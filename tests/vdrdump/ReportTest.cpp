@@ -47,7 +47,7 @@ TEST(Report, HoldsTheAnswerAPictureAndTheRecords) {
     EXPECT_EQ(markup.ofClass("node"), 2 * MadeSession::kNodes);
     EXPECT_EQ(markup.ofClass("bar"), (21 + 91) * MadeSession::kNodes);
     EXPECT_EQ(markup.ofClass("record"), 91U);
-    EXPECT_TRUE(contains(markup.text(), "frame 100 in node 7/102/0, from 18."));
+    EXPECT_TRUE(contains(markup.text(), "frame 100 in node 0x7:0x66:0x0, from 18."));
     EXPECT_TRUE(contains(markup.text(), "vdrdump report " + dump + " --lost 100 -o " + page));
     EXPECT_EQ(markup.ofClass("panels"), 1U);
     EXPECT_EQ(markup.ofKind("script") + markup.ofKind("img") + markup.ofKind("link"), 0U);
@@ -85,7 +85,7 @@ TEST(Report, NoNameGetsOutOfItsPlace) {
     EXPECT_EQ(markup.fault(), "");
     EXPECT_EQ(markup.ofKind("script") + markup.ofKind("b") + markup.ofKind("i"), 0U);
     EXPECT_EQ(program.out.find('\xff'), std::string::npos);
-    EXPECT_TRUE(contains(markup.text(), "frame 100 in node " + evil + " (7/102/0)"));
+    EXPECT_TRUE(contains(markup.text(), "frame 100 in node " + evil + " (0x7:0x66:0x0)"));
     EXPECT_TRUE(contains(markup.text(), "\"]]><script>\"&lt;\""));
 }
 

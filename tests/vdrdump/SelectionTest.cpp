@@ -166,6 +166,10 @@ TEST(Fields, AreListedAsInTheManual) {
     EXPECT_EQ(run({"fields", "zoomRatio"}).out,
               "name       type  unit  meaning\n"
               "zoomRatio  f32         zoom\n");
+    EXPECT_EQ(run({"fields", "nodeInfo[3].ids_1"}).out,
+              "name            type      unit  meaning\n"
+              "nodeInfo        up to 60        nodes of the pipeline that handled the frame\n"
+              "nodeInfo.ids_1  u32       id    the three ids name the node\n");
     EXPECT_NE(run({"fields", "--names"}).out.find("\nnodeInfo.ids_2\n"), std::string::npos);
 }
 
@@ -186,7 +190,15 @@ const Slip kSlips[] = {
         {"Part", {"show", "--table", "nodeInfo[1].stamp_3"}, "is no field"},
         {"Format", {"export", "--format", "cvs"}, "found cvs; did you mean csv?"},
         {"ArrayInATable", {"show", "--table", "nodeInfo"}, "one of them is nodeInfo[0]"},
+        {"NameInAPlot",
+         {"plot", "-o", "a.svg", "--field", "pluginAlgoCostTime[2]"},
+         "pluginAlgoCostTime[2].name has no curve"},
         {"ArrayInAPlot", {"plot", "-o", "a.svg", "--field", "nodeInfo"}, "nodeInfo has no curve"},
+        {"LengthDecides", {"show", "--framse", "1:2"}, "did you mean --frames?"},
+        {"TableOfNothing",
+         {"show", "--table", "--frames", "1:2"},
+         "--table: expected a name, found --frames"},
+        {"FieldInATable", {"show", "--table", "zoom"}, "--table: zoom is no field"},
         {"NothingNear", {"qqqqqqq"}, "qqqqqqq is not expected\n"},
 };
 

@@ -85,8 +85,8 @@ TEST(Trace, SlicesDoNotOverlapOnTheirTracks) {
         ++lanes[node.substr(0, node.find(", lane"))];
     }
     EXPECT_EQ(lanes.size(), MadeSession::kNodes);
-    EXPECT_GE(lanes["node noise filter (7/102/0)"], 5U);
-    EXPECT_EQ(lanes["node 7/100/0"], 1U);
+    EXPECT_GE(lanes["node noise filter (0x7:0x66:0x0)"], 5U);
+    EXPECT_EQ(lanes["node 0x7:0x64:0x0"], 1U);
 
     EXPECT_EQ(trace.by("b", "id").size(), 90U);
     EXPECT_EQ(trace.by("e", "id").size(), 90U);

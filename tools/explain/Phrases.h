@@ -18,7 +18,7 @@ public:
     // The likeliest cause.
     std::string cause() const;
 
-    // "work of node 2/202/0".
+    // "work of node 0x2:0xca:0x0".
     std::string subject(const Subject& subject) const;
     // "333.3 ms", or a bare number where the unit is not known.
     std::string value(const Comparison& comparison, double value) const;

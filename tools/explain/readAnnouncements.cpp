@@ -58,12 +58,12 @@ bool isAnnouncement(const std::string& line, Announcement& announcement) {
 }
 
 std::vector<Announcement> readAnnouncements(const std::string& path) {
+    errno = 0;
     std::ifstream log(path, std::ios::binary);
     std::vector<Announcement> announcements;
     std::set<uint32_t> frames;
     std::string line;
     Announcement announcement;
-    errno = 0;
     while (std::getline(log, line)) {
         if (isAnnouncement(line, announcement) && frames.insert(announcement.frame).second) {
             announcements.push_back(announcement);

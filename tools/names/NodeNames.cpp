@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -35,7 +36,7 @@ bool takeIds(std::string_view& line, NodeIds& ids) {
             return false;
         }
         const size_t before = line.size();
-        skipAny(line, i + 1 < ids.size() ? "/, \t" : ",: \t\r");
+        skipAny(line, i + 1 < ids.size() ? "/:, \t" : ",: \t\r");
         if (line.size() == before) {
             return false;  // an id must end where it ends
         }
@@ -61,7 +62,9 @@ std::optional<double> clockOf(const std::string& line) {
 }  // namespace
 
 std::string idsText(const NodeIds& ids) {
-    return std::to_string(ids[0]) + "/" + std::to_string(ids[1]) + "/" + std::to_string(ids[2]);
+    char text[3 * sizeof("0xffffffff")];
+    std::snprintf(text, sizeof(text), "0x%x:0x%x:0x%x", ids[0], ids[1], ids[2]);
+    return text;
 }
 
 NodeNames NodeNames::fromFile(const std::string& path) {
@@ -93,9 +96,10 @@ NodeNames NodeNames::fromText(const std::string& file, const std::string& text) 
         const bool hasIds = takeIds(rest, ids);
         rest = rest.substr(0, rest.find_last_not_of(kBlanks) + 1);
         if (!hasIds || rest.empty()) {
-            throw std::runtime_error(printablePath(file) + ":" + std::to_string(number) +
-                                     ": expected three ids and a name, such as 2/202/0 scaler, or "
-                                     "the clock of the stamps, such as clock nanoseconds");
+            throw std::runtime_error(
+                    printablePath(file) + ":" + std::to_string(number) +
+                    ": expected three ids and a name, such as 0x2:0xca:0x0 scaler, or "
+                    "the clock of the stamps, such as clock nanoseconds");
         }
         names.mNames[ids] = printablePath(std::string(rest));
     }

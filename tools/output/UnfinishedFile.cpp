@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kSignals[] = {SIGHUP, SIGINT, SIGTERM, SIGXFSZ, SIGXCPU, SIGPIPE};
+constexpr int kSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXFSZ, SIGXCPU, SIGPIPE};
 constexpr size_t kSlots = 4;
 
 // What a signal removes. A name is written before it is taken for one, and only then changed when

@@ -11,7 +11,7 @@ constexpr double kMiB = 1.0 / 1024;
 constexpr std::string_view kStatusField = "sysStatusInfo";
 
 Curve curve(const char* title, size_t offset, double factor = 1) {
-    return {title, 0, columnAt(offset), factor, false};
+    return {title, 0, {title, columnAt(offset)}, factor, false};
 }
 
 std::vector<Panel> devicePanels() {
@@ -53,19 +53,27 @@ std::vector<Panel> devicePanels() {
 
 // Of one field; curves that differ in their unit state it.
 Panel fieldPanel(const std::string& field, std::vector<Curve> curves) {
-    const std::string unit = curves.front().column->unit;
+    const std::string unit = curves.front().source.column->unit;
     bool isOneUnit = true;
     for (const Curve& each : curves) {
-        isOneUnit &= unit == each.column->unit;
+        isOneUnit &= unit == each.source.column->unit;
     }
     for (Curve& each : curves) {
-        const std::string own = each.column->unit;
+        const std::string own = each.source.column->unit;
         each.title += isOneUnit || own.empty() ? "" : ", " + own;
     }
     Panel panel;
     panel.kind = field == kStatusField ? Panel::Kind::Sampled : Panel::Kind::EveryFrame;
     panel.left = {field + (isOneUnit && !unit.empty() ? ", " + unit : ""), std::move(curves)};
     return panel;
+}
+
+// "cpuUsage" of sysStatusInfo, "[3].stamps_2" of nodeInfo.
+std::string titleWithin(const std::string& field, const std::string& name) {
+    if (name.size() <= field.size() || name.rfind(field, 0) != 0) {
+        return name;
+    }
+    return name.substr(field.size() + (name[field.size()] == '_' ? 1 : 0));
 }
 
 std::vector<Panel> fieldPanels(const FieldChoice& fields) {
@@ -78,19 +86,13 @@ std::vector<Panel> fieldPanels(const FieldChoice& fields) {
             curves.clear();
         }
     };
-    for (size_t i = 1; i < std::size(kItems); ++i) {
-        const Column& column = kItems[i].column;
-        if (!fields.wants(i)) {
-            continue;
-        }
-        if (field != column.field) {
+    for (ChosenValue& value : chosenValues(fields)) {
+        const std::string owner = value.array != nullptr ? value.array->name : value.column->field;
+        if (field != owner) {
             close();
-            field = column.field;
+            field = owner;
         }
-        const std::string name = column.name;
-        const std::string prefix = field + "_";
-        curves.push_back({name.rfind(prefix, 0) == 0 ? name.substr(prefix.size()) : name, 0,
-                          &column, 1, false});
+        curves.push_back({titleWithin(field, value.name), 0, std::move(value), 1, false});
     }
     close();
     return panels;
@@ -112,15 +114,19 @@ std::vector<Panel> columnPanels(const FieldChoice& fields) {
 }
 
 std::string fieldWithoutCurve(const FieldChoice& fields) {
-    bool hasAny = fields.isAll();
-    for (size_t i = 1; i < std::size(kItems) && !fields.isAll(); ++i) {
-        const Item& item = kItems[i];
-        if (fields.wants(i) && (item.array != nullptr || item.column.kind == Kind::Text)) {
-            return item.column.name;
-        }
-        hasAny |= fields.wants(i);
+    if (fields.isAll()) {
+        return "";
     }
-    return hasAny ? "" : kItems[0].column.name;
+    if (std::string array = arrayAsAWhole(fields); !array.empty()) {
+        return array;
+    }
+    const std::vector<ChosenValue> values = chosenValues(fields);
+    for (const ChosenValue& value : values) {
+        if (value.column->kind == Kind::Text) {
+            return value.name;
+        }
+    }
+    return values.empty() ? kItems[0].column.name : "";
 }
 
 }  // namespace vdrdump

@@ -3,17 +3,17 @@
 #include <string>
 #include <vector>
 
-#include "tools/record/FieldChoice.h"
+#include "tools/record/ChosenValue.h"
 
 namespace vdrdump {
 
 // One of the curves of a session.
 struct Curve {
     std::string title;
-    size_t number = 0;               // among those of the session
-    const Column* column = nullptr;  // where it comes from; null for what frames took
-    double factor = 1;               // makes of the dump's unit that of the axis
-    bool isMark = false;             // crosses, whose height tells nothing
+    size_t number = 0;        // among those of the session
+    ChosenValue source = {};  // without a column: what frames took
+    double factor = 1;        // makes of the dump's unit that of the axis
+    bool isMark = false;      // crosses, whose height tells nothing
 };
 
 struct Axis {

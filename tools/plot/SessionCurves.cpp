@@ -53,9 +53,9 @@ void SessionCurves::handOnFirst() {
     for (const Panel& panel : mColumnPanels) {
         for (const Axis* axis : {&panel.left, &panel.right}) {
             for (const Curve& curve : axis->curves) {
-                if (record.knows(*curve.column)) {
-                    const uint8_t* const at = record.bytes + curve.column->offset;
-                    mValues.push_back({curve.number, numberAt(*curve.column, at) * curve.factor});
+                if (const uint8_t* const at = curve.source.in(record); at != nullptr) {
+                    const double number = numberAt(*curve.source.column, at);
+                    mValues.push_back({curve.number, number * curve.factor});
                 }
             }
         }

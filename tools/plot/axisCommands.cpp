@@ -12,7 +12,7 @@ constexpr double kMostIntegers = 8;  // on an axis that has a number at each
 
 bool isOfIntegers(const Axis& axis) {
     return std::all_of(axis.curves.begin(), axis.curves.end(), [](const Curve& curve) {
-        return curve.column != nullptr && curve.column->kind != Kind::F32 && curve.factor == 1;
+        return curve.source.column != nullptr && curve.source.column->kind != Kind::F32 && curve.factor == 1;
     });
 }
 

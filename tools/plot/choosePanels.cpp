@@ -93,7 +93,7 @@ private:
             mLeftOut.zero.emplace_back(name);
         } else {
             addPanel({Panel::Kind::EveryFrame,
-                      {name + (", " + unit), {{name, found->second, nullptr, 1, false}}},
+                      {name + (", " + unit), {{name, found->second, {}, 1, false}}},
                       {}});
         }
     }

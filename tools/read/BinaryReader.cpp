@@ -11,6 +11,13 @@ namespace {
 
 constexpr size_t kBlock = zk::kFrameRecordSize;
 
+// Records that begin at `at` end where others begin at `inStep`. What counts beside the frame
+// numbers, as values in a record do, goes on.
+bool countsOn(const BlockView& view, size_t at, size_t inStep) {
+    return !view.holds(at + inStep, sizeof(uint32_t)) ||
+           BlockView::isNear(view.number(at), view.number(at + inStep));
+}
+
 }  // namespace
 
 BinaryReader::BinaryReader(ByteWindow& window, DamageLog& damage)
@@ -81,12 +88,15 @@ BinaryReader::Step BinaryReader::outOfStep(const BlockView& view) const {
     const bool isRecord = isNext || (isWhole ? view.hasTail(0) : mPassed == 0);
     const uint32_t last = isNext || (mIsFirst && isWhole) ? view.number(0) : mLast;
     const Step whole{isRecord ? Step::Kind::Record : Step::Kind::Pass, kBlock};
-    const bool isBorneOut = isWhole && view.isBorneOut(kBlock, last);
-    if (isBorneOut && (!mIsFirst || view.isChain(0, last))) {
+    const size_t inStep = isWhole ? view.findInStep(kBlock, last) : BlockView::kNowhere;
+    const bool isBorneOut = inStep != BlockView::kNowhere;
+    const bool isTrusted = isBorneOut && (!mIsFirst || view.isChain(0, last));
+    if (isTrusted && inStep == kBlock) {
         return whole;
     }
     const size_t end = std::min(kBlock, view.size());
-    if (const size_t at = view.findChain(1, end, last); at != end) {
+    const size_t at = view.findChain(1, end, last);
+    if (at != end && !(isTrusted && countsOn(view, at, inStep))) {
         const bool isCut = BlockView::isNear(view.number(at), view.number(0));
         return {isCut ? Step::Kind::CutRecord : Step::Kind::Pass, at};
     }

@@ -16,11 +16,11 @@ bool isZero(const uint8_t* bytes, size_t size) {
 
 }  // namespace
 
+// 0 proves little: it is what stands in most places of a record.
 bool BlockView::follows(uint32_t number, uint32_t next) {
-    return next > number && next - number <= kNear;
+    return next > number && next - number <= (number == 0 ? 1 : kNear);
 }
 
-// 0 proves nothing: it is what stands in most places of a record.
 bool BlockView::isNear(uint32_t a, uint32_t b) {
     return b != 0 && (follows(a, b) || follows(b, a));
 }
@@ -58,16 +58,16 @@ bool BlockView::isChain(size_t at, uint32_t last) const {
     return length == kBeyondDoubt || goesOn || isLast;
 }
 
-bool BlockView::isBorneOut(size_t at, uint32_t last) const {
+size_t BlockView::findInStep(size_t at, uint32_t last) const {
     if (at >= mSize) {
-        return mIsEnd;
+        return mIsEnd ? at : kNowhere;
     }
     for (; holds(at); at += kBlock) {
         if (isSound(at) && (isNear(last, number(at)) || isChain(at, last))) {
-            return true;
+            return at;
         }
     }
-    return mIsEnd && holds(at, sizeof(uint32_t)) && isNear(last, number(at));
+    return mIsEnd && holds(at, sizeof(uint32_t)) && isNear(last, number(at)) ? at : kNowhere;
 }
 
 size_t BlockView::findChain(size_t from, size_t end, uint32_t last) const {

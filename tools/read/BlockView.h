@@ -12,6 +12,7 @@ namespace vdrdump {
 class BlockView {
 public:
     static constexpr size_t kBlock = zk::kFrameRecordSize;
+    static constexpr size_t kNowhere = SIZE_MAX;
 
     // `isEnd`: the dump ends behind these bytes.
     BlockView(const uint8_t* bytes, size_t size, bool isEnd)
@@ -29,8 +30,9 @@ public:
     // Sound, and those behind it count on from it: where a record begins, beyond doubt. Where few
     // are behind it, it counts on from `last`, the number of the last record known.
     bool isChain(size_t at, uint32_t last) const;
-    // Whether blocks from `at` on, in steps of a block, bear out that records begin there.
-    bool isBorneOut(size_t at, uint32_t last) const;
+    // The first block from `at` on, in steps of a block, that bears out that records begin there;
+    // kNowhere where none does.
+    size_t findInStep(size_t at, uint32_t last) const;
 
     // Where, behind `from`, the first record begins before `end`; `end` where none does. Nearby
     // bytes may look like one, too: a number near `last` goes first, then one that counts up

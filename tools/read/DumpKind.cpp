@@ -41,17 +41,20 @@ bool hasTextLine(const uint8_t* bytes, size_t size) {
     return false;
 }
 
-// What is in every record, of any camera.
+// A month of frames, at 30 a second; what begins with words or a magic number is far above it.
+bool isUsualNumber(uint32_t number) {
+    constexpr uint32_t kMonth = 30 * 24 * 3600 * 30;
+    return number < kMonth || number == zk::kNoFrameNumber;
+}
+
+// What is in every record beside its number, of any camera.
 bool isPlausible(const uint8_t* bytes, size_t size) {
-    constexpr uint32_t kMonth = 30 * 24 * 3600 * 30;  // frames of it, at 30 a second
     constexpr size_t kZoom = offsetof(Layout, zoomRatio);
     if (size < kZoom + sizeof(float)) {
         return true;
     }
-    const uint32_t number = zk::frameNumberOf(bytes);
     const auto zoom = valueAt<float>(bytes + kZoom);
-    bool isPlausible = (number < kMonth || number == zk::kNoFrameNumber) &&
-                       (zoom == 0 || (zoom >= 0.01F && zoom <= 1000));
+    bool isPlausible = zoom == 0 || (zoom >= 0.01F && zoom <= 1000);
     // A whole record shows what it is otherwise, and its counts may be anything.
     for (const ArrayField* array : kArrays) {
         isPlausible &= size == kBlock || size <= array->countOffset ||
@@ -60,18 +63,31 @@ bool isPlausible(const uint8_t* bytes, size_t size) {
     return isPlausible;
 }
 
+// All there is of a record.
+bool isCutRecord(const uint8_t* bytes, size_t size) {
+    return size < sizeof(uint32_t)
+                   ? std::memchr(bytes, 0, size) != nullptr
+                   : isUsualNumber(zk::frameNumberOf(bytes)) && isPlausible(bytes, size);
+}
+
 bool isBinary(const uint8_t* bytes, size_t size, bool isEnd) {
     const BlockView view(bytes, size, isEnd);
-    if (view.zeros() == size || (size < kBlock && isPlausible(bytes, size))) {
+    if (view.zeros() == size) {
         return true;
     }
+    if (size < kBlock) {
+        return isCutRecord(bytes, size);
+    }
     const size_t front = view.zeros() / kBlock * kBlock;
-    if (view.holds(front) && view.hasTail(front) && isPlausible(bytes + front, kBlock)) {
+    if (view.holds(front) && view.hasTail(front) && isPlausible(bytes + front, kBlock) &&
+        (isUsualNumber(view.number(front)) || view.isChain(front, 0) ||
+         view.isChain(front + kBlock, 0))) {
         return true;
     }
     // Damaged in front; other files, too, have two places that look like records.
     const auto isRecord = [&](size_t at) {
-        return view.isChain(at, 0) && isPlausible(bytes + at, kBlock);
+        return view.isChain(at, 0) && isUsualNumber(view.number(at)) &&
+               isPlausible(bytes + at, kBlock);
     };
     for (size_t at = 0; view.holds(at, 3 * kBlock); ++at) {
         if (isRecord(at) && isRecord(at + kBlock)) {

@@ -28,6 +28,9 @@ FileSource::~FileSource() {
 }
 
 int64_t FileSource::read(uint8_t* to, size_t size) {
+    if (mOpenError != 0) {
+        return -mOpenError;
+    }
     ssize_t length = 0;
     do {
         length = ::read(mFile, to, size);

@@ -7,7 +7,7 @@
 
 namespace vdrdump {
 
-// A file, or standard input for "-".
+// A file, or standard input for "-". What does not open, as a directory, fails when it is read.
 class FileSource : public ByteSource {
 public:
     using OnBytes = std::function<void(uint64_t size)>;
@@ -18,15 +18,12 @@ public:
     FileSource(const FileSource&) = delete;
     FileSource& operator=(const FileSource&) = delete;
 
-    // 0, or the errno value with which opening failed; a directory does not open.
-    int openError() const { return mOpenError; }
-
     int64_t read(uint8_t* to, size_t size) override;
 
 private:
     const OnBytes mOnBytes;
     int mFile = -1;
-    int mOpenError = 0;
+    int mOpenError = 0;  // errno value
 };
 
 }  // namespace vdrdump

@@ -39,13 +39,20 @@ bool isPart(const std::string& word, const std::string& of) {
            std::search(of.begin(), of.end(), word.begin(), word.end(), isSame) != of.end();
 }
 
+size_t differenceInLength(const std::string& a, const std::string& b) {
+    return std::max(a.size(), b.size()) - std::min(a.size(), b.size());
+}
+
 }  // namespace
 
 std::string nearestName(const std::string& word, const std::vector<std::string>& candidates) {
     std::string nearest;
     size_t least = std::max<size_t>(2, word.size() / 3) + 1;
     for (const std::string& each : candidates) {
-        if (const size_t differing = distance(word, each); differing < least) {
+        const size_t differing = distance(word, each);
+        const bool isAsNear = differing == least && !nearest.empty() &&
+                              differenceInLength(word, each) < differenceInLength(word, nearest);
+        if (differing < least || isAsNear) {
             least = differing;
             nearest = each;
         }

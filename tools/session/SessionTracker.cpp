@@ -48,7 +48,7 @@ SessionTracker::Step SessionTracker::judgeFirst(uint32_t frame, const uint32_t* 
         return Step::Belongs;
     }
     const Votes votes(frame, ahead[0], ahead + 1, count - 1);
-    const bool isFar = apart(frame, ahead[0]) > kInFlight;
+    const bool isFar = apart(frame, ahead[0]) > kNear;
     return isFar && votes.comeBack > votes.goOn ? Step::Misnumbered : Step::Belongs;
 }
 
@@ -71,7 +71,9 @@ SessionTracker::Step SessionTracker::judgeBehind(uint32_t frame, const uint32_t*
     if (isNearby) {
         return Step::Belongs;
     }
-    const bool isLate = isBefore ? mSession.first - frame <= kInFlight : isMissing(frame);
+    // 0 is what stands in most places of a record: it may be no number at all.
+    const bool isLate =
+            isBefore ? frame != 0 && mSession.first - frame <= kInFlight : isMissing(frame);
     // The session's first number again, and no more of it: repeated.
     const bool isRepeated = isSeen(behind) && behind <= kNear;
     const Votes votes(frame, mSession.last, ahead, count);

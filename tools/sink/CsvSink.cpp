@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tools/schema/TableColumn.h"
 #include "tools/sink/RowText.h"
 
 namespace vdrdump {
@@ -21,7 +22,11 @@ std::string quoted(const std::string& text) {
     return result + "\"";
 }
 
+// An empty name is quoted: an empty cell is a value that is not known.
 char* appendNameCell(char* out, const uint8_t* at, size_t width) {
+    if (*at == 0) {
+        return appendText(out, "\"\"");
+    }
     char* const begin = out;
     out = appendName(out, at, width);
     const auto isSpecial = [](char each) { return each == ',' || each == '"'; };
@@ -96,7 +101,7 @@ CsvSink::CsvSink(const std::string& path, const FieldChoice& fields)
 }
 
 void CsvSink::writeHeader() {
-    std::string header = "file,lostFrame,session,record";
+    std::string header = listOf(kRowKeys, ",", [](const TableColumn& key) { return key.name; });
     for (size_t i = 0; i < std::size(kItems); ++i) {
         header += mFields.wants(i) ? std::string(",") + kItems[i].column.name : "";
     }

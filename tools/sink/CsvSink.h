@@ -9,7 +9,8 @@
 namespace vdrdump {
 
 // Writes one row per frame below a header of stable names. An array is one cell of JSON, its
-// elements arrays of their columns; a cell is empty where the dump gave no value.
+// elements arrays of their columns; a cell is empty where the dump gave no value, and "" where a
+// name is empty.
 class CsvSink : public RecordSink {
 public:
     CsvSink(const std::string& path, const FieldChoice& fields);

@@ -38,11 +38,6 @@ void reportMisnumbered(DamageLog& damage, const Record& record, const SessionSum
 
 bool DumpPass::readFile(const std::string& path) {
     FileSource source(path, [this](uint64_t bytes) { mProgress.advance(bytes); });
-    if (source.openError() != 0) {
-        DamageLog damage(printablePath(path), mErrors, &mProgress);
-        reportUnreadable(damage, 0, source.openError());
-        return false;
-    }
     return readSource(path, source);
 }
 
@@ -53,13 +48,18 @@ bool DumpPass::readSource(const std::string& path, ByteSource& source) {
     DamageLog damage(file.path, mErrors, &mProgress);
     ByteWindow window(source);
     const std::unique_ptr<DumpReader> reader = makeReader(window, damage, file.kind);
-    const DumpName name = DumpName::of(path);
-    file.time = name.time;
-    file.lostFrame = mSelection.lost ? mSelection.lost : name.lostFrame;
-    if (file.kind == DumpKind::Empty && name.lostFrame && window.error() == 0) {
-        reportNoLines(damage, *name.lostFrame);
+    if (file.kind == DumpKind::Empty && window.error() != 0) {
+        file.kind = DumpKind::None;
     }
-    LossFinder losses(file.kind == DumpKind::None ? std::nullopt : file.lostFrame);
+    if (file.kind != DumpKind::None) {
+        const DumpName name = DumpName::of(path);
+        file.time = name.time;
+        file.lostFrame = mSelection.lost ? mSelection.lost : name.lostFrame;
+        if (file.kind == DumpKind::Empty && name.lostFrame) {
+            reportNoLines(damage, *name.lostFrame);
+        }
+    }
+    LossFinder losses(file.lostFrame);
     mSink.beginFile(file);
     const uint64_t records = reader != nullptr ? readRecords(*reader, losses, damage) : 0;
     if (window.error() != 0) {

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "tools/schema/TableColumn.h"
 #include "tools/sink/RowText.h"
 
 namespace vdrdump {
@@ -67,9 +68,12 @@ struct JsonStyle {
 }  // namespace
 
 void NdjsonSink::beginFile(const DumpFile& file) {
-    mRowStart = "{\"file\":" + Json::valueToQuotedString(file.path.c_str()) +
-                ",\"lostFrame\":" + (file.lostFrame ? std::to_string(*file.lostFrame) : "null") +
-                ",\"session\":";
+    const auto key = [](const TableColumn& column) {
+        return "\"" + std::string(column.name) + "\":";
+    };
+    mRowStart = "{" + key(kFileKey) + Json::valueToQuotedString(file.path.c_str()) + "," +
+                key(kLostFrameKey) + (file.lostFrame ? std::to_string(*file.lostFrame) : "null") +
+                "," + key(kSessionKey);
 }
 
 void NdjsonSink::add(const Record& record) {
@@ -77,7 +81,8 @@ void NdjsonSink::add(const Record& record) {
     char* out = mOutput.reserve(mRowStart.size() + kKeys + RowText<JsonStyle>::longest());
     out = appendText(out, mRowStart);
     out = zk::formatUnsigned(out, record.session);
-    out = appendText(out, ",\"record\":");
+    *out++ = ',';
+    out = JsonStyle::key(out, kRecordKey.name);
     out = zk::formatUnsigned(out, record.index);
     *out++ = ',';
     out = RowText<JsonStyle>::append(out, record, mFields);

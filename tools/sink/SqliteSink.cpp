@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "tools/record/ColumnText.h"
-#include "tools/sink/databaseSchema.h"
+#include "tools/schema/databaseSchema.h"
 
 namespace vdrdump {
 namespace {

@@ -20,45 +20,10 @@ std::string spaces(size_t width, const std::string& text) {
 
 }  // namespace
 
-std::string TableSink::unfitField(const FieldChoice& fields) {
-    for (size_t i = 0; i < std::size(kItems); ++i) {
-        const ArrayField* array = kItems[i].array;
-        if (array == nullptr || !fields.wants(i)) {
-            continue;
-        }
-        size_t elements = 0;
-        for (size_t element = 0; element < array->capacity; ++element) {
-            elements += fields.columnsOf(*array, element) != 0 ? 1 : 0;
-        }
-        if (elements == array->capacity) {
-            return array->name;
-        }
-    }
-    return "";
-}
-
 TableSink::TableSink(const FieldChoice& fields) : mOutput("-") {
-    for (size_t i = 0; i < std::size(kItems); ++i) {
-        const Item& item = kItems[i];
-        if (!fields.wants(i)) {
-            continue;
-        }
-        if (item.array == nullptr) {
-            const std::string name = i == 0 ? "frame" : item.column.name;
-            mSources.push_back({titleOf(item.column, name), &item.column, nullptr, 0});
-            continue;
-        }
-        for (size_t element = 0; element < item.array->capacity; ++element) {
-            const uint8_t columns = fields.columnsOf(*item.array, element);
-            for (size_t j = 0; j < item.array->columnCount; ++j) {
-                const Column& column = item.array->columns[j];
-                if ((columns >> j & 1) != 0) {
-                    const std::string name = std::string(item.array->name) + "[" +
-                                             std::to_string(element) + "]." + column.name;
-                    mSources.push_back({titleOf(column, name), &column, item.array, element});
-                }
-            }
-        }
+    mSources.push_back({titleOf(kItems[0].column, "frame"), {"frame", &kItems[0].column}});
+    for (ChosenValue& value : chosenValues(fields)) {
+        mSources.push_back({titleOf(*value.column, value.name), std::move(value)});
     }
 }
 
@@ -79,21 +44,17 @@ void TableSink::add(const Record& record) {
 }
 
 TableSink::Cell TableSink::cellOf(Source& source, const Record& record) const {
-    const ArrayField* const array = source.array;
-    const bool isThere = array == nullptr ? record.knows(*source.column)
-                                          : source.element < record.elements(*array);
-    if (!isThere) {
+    const uint8_t* const at = source.value.in(record);
+    if (at == nullptr) {
         source.hasBefore = false;
         return {"-", ""};
     }
-    const size_t base = array == nullptr ? 0 : array->offset + source.element * array->elementSize;
-    const uint8_t* at = record.bytes + base + source.column->offset;
-    return {shownValue(*source.column, at), differenceOf(source, at)};
+    return {shownValue(*source.value.column, at), differenceOf(source, at)};
 }
 
 // Of names and ids there is no difference, and of the frame number only one that is not 1.
 std::string TableSink::differenceOf(Source& source, const uint8_t* at) const {
-    const Column& column = *source.column;
+    const Column& column = *source.value.column;
     if (column.kind == Kind::Text || column.isId) {
         return "";
     }
@@ -114,7 +75,7 @@ std::string TableSink::differenceOf(Source& source, const uint8_t* at) const {
                                                                       : integerAt(column.kind, at));
     const auto difference = static_cast<int64_t>(value - static_cast<uint64_t>(source.before));
     source.before = static_cast<int64_t>(value);
-    const bool isFrame = source.array == nullptr && column.offset == 0;
+    const bool isFrame = source.value.array == nullptr && column.offset == 0;
     if (hadBefore && difference != (isFrame ? 1 : 0)) {
         std::snprintf(text, sizeof(text), "%+lld", static_cast<long long>(difference));
     }

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "tools/output/Output.h"
-#include "tools/record/FieldChoice.h"
+#include "tools/record/ChosenValue.h"
 #include "tools/sink/RecordSink.h"
 
 namespace vdrdump {
@@ -13,9 +13,7 @@ namespace vdrdump {
 // before. Widths are those of the first lines, so that memory stays constant.
 class TableSink : public RecordSink {
 public:
-    // What of `fields` is no single value and thus no column; empty where all are.
-    static std::string unfitField(const FieldChoice& fields);
-
+    // Of single values.
     explicit TableSink(const FieldChoice& fields);
 
     void beginFile(const DumpFile& file) override { mPath = file.path; }
@@ -31,9 +29,7 @@ private:
     // Where the values of a column come from, and those of the record before.
     struct Source {
         std::string title;
-        const Column* column;
-        const ArrayField* array;  // null: a column of the record
-        size_t element;
+        ChosenValue value;
         bool hasBefore = false;
         int64_t before = 0;
         double floatBefore = 0;

@@ -38,6 +38,15 @@ struct Row {
     std::string meaning;
 };
 
+// Of any element.
+uint8_t chosenColumns(const FieldChoice& choice, const ArrayField& array) {
+    uint8_t columns = 0;
+    for (size_t i = 0; i < array.capacity; ++i) {
+        columns |= choice.columnsOf(array, i);
+    }
+    return columns;
+}
+
 std::vector<Row> rowsOf(const FieldChoice& choice, bool isFrameNumberNamed) {
     std::vector<Row> rows{{"name", "type", "unit", "meaning"}};
     for (size_t i = 0; i < std::size(kItems); ++i) {
@@ -54,9 +63,13 @@ std::vector<Row> rowsOf(const FieldChoice& choice, bool isFrameNumberNamed) {
         const ArrayField& array = *item.array;
         rows.push_back(
                 {array.name, "up to " + std::to_string(array.capacity), "", item.column.meaning});
-        for (const Column& column : array) {
-            rows.push_back({std::string(array.name) + "." + column.name, typeOf(column),
-                            column.isId ? "id" : column.unit, column.meaning});
+        const uint8_t columns = chosenColumns(choice, array);
+        for (size_t column = 0; column < array.columnCount; ++column) {
+            if ((columns >> column & 1) != 0) {
+                const Column& each = array.columns[column];
+                rows.push_back({std::string(array.name) + "." + each.name, typeOf(each),
+                                each.isId ? "id" : each.unit, each.meaning});
+            }
         }
     }
     return rows;

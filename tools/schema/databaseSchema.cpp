@@ -1,4 +1,4 @@
-#include "tools/sink/databaseSchema.h"
+#include "tools/schema/databaseSchema.h"
 
 #include "tools/record/Record.h"
 
@@ -103,7 +103,8 @@ bool isWanted(const FieldChoice& fields, size_t offset) {
 }  // namespace
 
 std::string databaseTables(const FieldChoice& fields) {
-    std::string frames = "CREATE TABLE frames (file INTEGER, session INTEGER, record INTEGER";
+    std::string frames =
+            "CREATE TABLE frames (\n    file INTEGER,\n    session INTEGER,\n    record INTEGER";
     std::string arrays;
     for (size_t i = 0; i < std::size(kItems); ++i) {
         const Item& item = kItems[i];
@@ -111,18 +112,18 @@ std::string databaseTables(const FieldChoice& fields) {
             continue;
         }
         if (item.array == nullptr) {
-            frames += std::string(", ") + item.column.name + typeOf(item.column.kind);
+            frames += std::string(",\n    ") + item.column.name + typeOf(item.column.kind);
             continue;
         }
         arrays += std::string("CREATE TABLE ") + item.array->name +
-                  " (file INTEGER, session INTEGER, record INTEGER, frameNumber INTEGER,"
-                  " element INTEGER";
+                  " (file INTEGER, session INTEGER, record INTEGER, frameNumber INTEGER,\n"
+                  "    element INTEGER";
         for (const Column& column : *item.array) {
             arrays += std::string(", ") + column.name + typeOf(column.kind);
         }
-        arrays += ");";
+        arrays += ");\n";
     }
-    return kFiles + frames + ");" + arrays;
+    return kFiles + frames + "\n);\n" + arrays;
 }
 
 std::string databaseViews(const FieldChoice& fields) {
@@ -131,7 +132,7 @@ std::string databaseViews(const FieldChoice& fields) {
         const ArrayField* array = kItems[i].array;
         if (array != nullptr && fields.wants(i)) {
             sql += std::string("CREATE INDEX ") + array->name + "ByNumber ON " + array->name +
-                   " (file, session, frameNumber);";
+                   " (file, session, frameNumber);\n";
         }
     }
     sql += kLosses;
