@@ -37,8 +37,10 @@ FrameRecorder::FrameRecorder(zk::IVideoDataRecoder& recorder, const std::string&
       : mRecorder(recorder), mNodesFile(std::fopen((root + "/nodes.txt").c_str(), "w")) {
     if (mNodesFile != nullptr) {
         std::setvbuf(mNodesFile, nullptr, _IOLBF, BUFSIZ);
-        std::fputs("# pipeline, element, 0, name; in costs the element's number stands behind #\n",
-                   mNodesFile);
+        std::fputs(
+                "# pipeline, element, 0, name; in costs the element's number stands behind #\n"
+                "clock nanoseconds\n",
+                mNodesFile);
     }
 }
 

@@ -23,5 +23,6 @@ done <<'PIPELINES'
 ! videorate ! video/x-raw,framerate=45/1 ! tee name=t ! queue ! fakesink t. ! queue ! jpegenc
 PIPELINES
 
-# The traced ones were recorded.
+# The traced ones were recorded, and their clock is stated.
 cat "$folder"/vdr/data/vendor/camera/*.bin | wc -c | grep -qx $((4 * 60 * 4096))
+grep -qx 'clock nanoseconds' "$folder/vdr/nodes.txt"

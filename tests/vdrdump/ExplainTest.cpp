@@ -144,6 +144,79 @@ TEST(Explain, NamesThePlantedCauseInAnyNoise) {
     }
 }
 
+struct Pace {
+    const char* name;
+    double work;
+    size_t atOnce;
+    uint32_t burst;
+    bool isTooSlow;
+};
+
+constexpr Pace kPaces[] = {
+        {"Slow", 80, 1, 1, true},
+        {"AlmostKeepsUp", 38, 1, 1, true},
+        {"SlowForManyFrames", 230, 1, 1, true},
+        {"SlowWithBursts", 80, 1, 6, true},
+        {"KeepsUp", 32, 1, 1, false},
+        {"SeveralAtOnce", 80, 3, 1, false},
+        {"KeepsUpWithBursts", 20, 1, 6, false},
+};
+
+// The latest by the 100th; of a session without any that one.
+uint32_t lostOf(const std::vector<Frame>& frames) {
+    uint32_t lost = kLost;
+    for (const Frame& each : frames) {
+        lost = each.frameNumber <= kLost && MadeSession::isLost(each) ? each.frameNumber : lost;
+    }
+    return lost;
+}
+
+// Frames are lost again and again, and none of them is unlike the others. Their records tell how
+// far they came, or there are none of them.
+TEST(Explain, NamesTheNodeThatCannotKeepUp) {
+    for (const Pace& pace : kPaces) {
+        MadeSession session;
+        session.steadyWork = pace.work;
+        session.atOnce = pace.atOnce;
+        session.burst = pace.burst;
+        for (uint32_t seed = 0; seed < 40; ++seed) {
+            std::vector<Frame> frames =
+                    session.frames(kLost - 30, seed % 2 == 0 ? kLost : kLost + 30, seed);
+            const uint32_t lost = lostOf(frames);
+            if (seed % 4 < 2) {
+                frames.erase(std::remove_if(frames.begin(), frames.end(), MadeSession::isLost),
+                             frames.end());
+            }
+            const Findings findings = analyseLoss({lost, lost}, mapOf(frames));
+            const std::string cause = Phrases(findings, NodeNames()).cause();
+            SCOPED_TRACE(std::string(pace.name) + ", seed " + std::to_string(seed) + ": " + cause);
+            ASSERT_EQ(findings.bottleneck.has_value(), pace.isTooSlow);
+            if (pace.isTooSlow) {
+                EXPECT_NEAR(findings.bottleneck->work, pace.work, pace.work / 5);
+                EXPECT_EQ(findings.bottleneck->node, (NodeIds{7, 102, 0}));
+            }
+            if (pace.isTooSlow && pace.burst == 1) {
+                EXPECT_NEAR(findings.bottleneck->interval, 33.3, 1);
+                EXPECT_NE(cause.find("node 0x7:0x66:0x0 works "), std::string::npos);
+                EXPECT_NE(cause.find(" ms on each frame, and frames come every 3"),
+                          std::string::npos);
+            }
+        }
+    }
+}
+
+TEST(Explain, NodeOfCapturesNeedNotKeepUp) {
+    MadeSession session;
+    session.also = [](Frame& each) {
+        for (size_t j = 0; j < 4; ++j) {
+            uint64_t stamp = each.nodeInfo[4].stamps[j] + (j < 2 ? 0 : 80000000);
+            stamp = each.frameNumber % 6 == 0 ? stamp : 0;
+            each.nodeInfo[4].stamps[j] = stamp;
+        }
+    };
+    EXPECT_FALSE(analyseLoss({kLost, kLost}, mapOf(session.frames(70, 130, 1))).bottleneck);
+}
+
 TEST(Explain, IsSilentAboutNoise) {
     size_t alarms = 0;
     for (uint32_t seed = 0; seed < 1000; ++seed) {
@@ -316,6 +389,34 @@ TEST(Explain, TellsClocksApart) {
     EXPECT_EQ(findings.cause.kind, Cause::Kind::StandsOut);
 }
 
+// 30,000 frames a second, which a guess takes for 30, and which reach the first node 150 frames
+// later.
+TEST(Explain, TakesTheStatedClock) {
+    const TempFolder folder;
+    std::vector<Frame> frames = MadeSession().frames(70, 130, 8);
+    for (Frame& each : frames) {
+        each.cslInfo.stamp /= 1000;
+        for (size_t i = 0; i < each.nodeInfoCount; ++i) {
+            for (size_t j = 0; j < 4; ++j) {
+                each.nodeInfo[i].stamps[j] = each.nodeInfo[i].stamps[j] / 1000 + 5000000;
+            }
+        }
+    }
+    const std::string dump = folder.file("fast.bin", binaryOf(without(frames, {kLost})));
+    const auto clocksBy = [&](const std::string& names) {
+        return explain({dump, "--names", folder.file("names", names)})["losses"][0]["clocks"];
+    };
+    const Json::Value stated = clocksBy("7/101/0 scaler\n clock\tnanoseconds\r\n");
+    EXPECT_EQ(stated["ticksPerSecond"], 1e9);
+    EXPECT_EQ(stated["nodeTicksPerSecond"], 1e9);
+    EXPECT_NEAR(stated["frameInterval"].asDouble(), 0.0333, 0.001) << "milliseconds";
+    EXPECT_TRUE(stated["oneClock"]["node"].asBool());
+    EXPECT_TRUE(stated["isStated"].asBool());
+    const Json::Value guessed = clocksBy("7/101/0 scaler\n");
+    EXPECT_NEAR(guessed["frameInterval"].asDouble(), 33.3, 1);
+    EXPECT_FALSE(guessed["oneClock"]["node"].asBool());
+}
+
 TEST(Explain, NamesOfNodes) {
     const TempFolder folder;
     MadeSession session;
@@ -324,9 +425,11 @@ TEST(Explain, NamesOfNodes) {
     const std::string names = folder.file(
             "names", "# nodes\n\n7/101/0 scaler\n0x7, 102 0x0\tnoise \x1b[1m filter\r\n");
     const std::string said = run({"explain", dump, "--names", names}).out;
-    EXPECT_EQ(said.rfind("Frame 100: node noise \\x1b[1m filter (0x7:0x66:0x0) started on it", 0), 0U)
+    EXPECT_EQ(said.rfind("Frame 100: node noise \\x1b[1m filter (0x7:0x66:0x0) started on it", 0),
+              0U)
             << said;
-    for (const char* wrong : {"7/101 scaler", "7/101/0", "7/101/0scaler", "seven/1/2 a"}) {
+    for (const char* wrong : {"7/101 scaler", "7/101/0", "7/101/0scaler", "seven/1/2 a",
+                              "clock hours", "clock", "clock nanoseconds 2"}) {
         const Program program = run({"explain", dump, "--names", folder.file("wrong", wrong)});
         EXPECT_EQ(program.status, 1) << wrong;
         EXPECT_NE(program.err.find("wrong:1: expected three ids"), std::string::npos)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 
 namespace vdrdump::test {
 namespace {
@@ -46,26 +47,38 @@ void addCost(Frame& frame, const char* name, double cost) {
 std::vector<Frame> MadeSession::frames(uint32_t first, uint32_t last, uint32_t seed) const {
     Noise noise(seed, spread);
     double freeAt[kNodes] = {};
+    std::deque<double> steadily(atOnce);  // when the third node is through with the latest ones
     std::vector<Frame> frames;
     for (uint32_t number = first; number <= last; ++number) {
         Frame each = frame(number);
         const bool isHit = number == hit;
-        const double taken =
-                1e6 + number * kInterval + noise.around(1) + (number >= hit ? sensorDelay : 0);
+        const double due = (number - number % burst) * kInterval + number % burst;
+        const double taken = 1e6 + due + noise.around(1) + (number >= hit ? sensorDelay : 0);
         each.cslInfo = {number, ticks(taken)};
         fillStatus(each, noise);
         double at = taken;
         for (uint32_t i = 0; i < kNodes; ++i) {
             const bool isHere = isHit && i == 2;
+            if (i == 2 && steadyWork > 0) {
+                freeAt[2] = steadily.front();
+                if (freeAt[2] > at + kInterval * burst) {
+                    break;
+                }
+            }
             const double started =
                     std::max(at, freeAt[i]) + noise.around(0.2) + (isHere ? wait : 0);
             const double finished = started +
-                                    noise.around(kWork[i]) * (number >= slowFrom ? slowness : 1) +
+                                    noise.around(i == 2 && steadyWork > 0 ? steadyWork : kWork[i]) *
+                                            (number >= slowFrom ? slowness : 1) +
                                     (isHere ? work : 0);
             const double handedOn = finished + noise.around(0.05);
             each.nodeInfo[each.nodeInfoCount++] = {
                     {7, 100 + i, 0}, {ticks(at), ticks(started), ticks(finished), ticks(handedOn)}};
             at = freeAt[i] = handedOn;
+            if (i == 2) {
+                steadily.push_back(handedOn);
+                steadily.pop_front();
+            }
             if (isHere && isStuck) {
                 each.nodeInfo[i].stamps[2] = each.nodeInfo[i].stamps[3] = 0;
                 break;

@@ -27,10 +27,17 @@ struct MadeSession {
     // From this frame on all nodes take that many times as long.
     uint32_t slowFrom = UINT32_MAX;
     double slowness = 1;
+    // Work of the third node on each frame that it takes, with some at once. One more waits before
+    // it, and those that come meanwhile are lost.
+    double steadyWork = 0;
+    size_t atOnce = 1;
+    uint32_t burst = 1;  // frames that come together, in the time of as many
     // Whatever else is to be in a record.
     std::function<void(Frame&)> also;
 
     std::vector<Frame> frames(uint32_t first, uint32_t last, uint32_t seed) const;
+    // Whether it was lost before the third node.
+    static bool isLost(const Frame& frame) { return frame.nodeInfo[2].stamps[0] == 0; }
 };
 
 }  // namespace vdrdump::test

@@ -31,7 +31,7 @@ size_t occurrences(const std::string& text, const std::string& part) {
 class Drawing {
 public:
     explicit Drawing(const std::vector<Frame>& frames, const FieldChoice& fields = {})
-          : mSession(fields) {
+          : mSession(fields, std::nullopt) {
         for (const Frame& each : frames) {
             Record record;
             record.bytes = reinterpret_cast<const uint8_t*>(&each);

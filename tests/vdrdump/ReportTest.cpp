@@ -138,7 +138,7 @@ TEST(Timeline, PutsNodesInTheirOrderAndFramesBesideEachOther) {
     frames.erase(frames.begin() + (105 - 90));
     frames[2].nodeInfo[4].stamps[0] += 3600000000000ULL;  // an hour, as damage would have it
     const FrameMap map = mapOf(frames);
-    const Timeline timeline = timelineOf(map, {95, 108}, 100, clocksOf(map));
+    const Timeline timeline = timelineOf(map, {95, 108}, 100, clocksOf(map, std::nullopt));
     ASSERT_EQ(timeline.rows.size(), MadeSession::kNodes);
     for (uint32_t i = 0; i < MadeSession::kNodes; ++i) {
         EXPECT_EQ(timeline.rows[i].node, (NodeIds{7, 100 + i, 0}));
@@ -151,7 +151,7 @@ TEST(Timeline, PutsNodesInTheirOrderAndFramesBesideEachOther) {
     EXPECT_EQ(timeline.arrivals[5].time, 0);
     EXPECT_FALSE(timeline.arrivals[10].hasRecord);
     EXPECT_NEAR(timeline.arrivals[10].time, 5 * 33.3, 1);
-    EXPECT_EQ(timelineOf(map, {90, 95}, 90, clocksOf(map)).leftOut, 1U);
+    EXPECT_EQ(timelineOf(map, {90, 95}, 90, clocksOf(map, std::nullopt)).leftOut, 1U);
 }
 
 TEST(Timeline, TakesFramesFromNodesWhoseClockIsAnother) {
@@ -160,7 +160,7 @@ TEST(Timeline, TakesFramesFromNodesWhoseClockIsAnother) {
         each.cslInfo.stamp += 86400000000000ULL;
     }
     const FrameMap map = mapOf(frames);
-    const StampClocks clocks = clocksOf(map);
+    const StampClocks clocks = clocksOf(map, std::nullopt);
     ASSERT_FALSE(clocks.nodesShareIt);
     // The frame that time 0 belongs to has no record.
     const Timeline timeline = timelineOf(map, {100, 110}, 112, clocks);

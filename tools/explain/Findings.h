@@ -55,11 +55,13 @@ struct Comparison {
     double excess() const { return value - median; }
 };
 
-// How the stamps were taken. Units are taken from how far frames are apart.
+// How the stamps were taken. Units, unless the user states one, are taken from how far frames are
+// apart.
 struct StampClocks {
+    bool isStated = false;
     std::optional<double> ticksPerSecond;      // of frame stamps
     std::optional<double> nodeTicksPerSecond;  // of node stamps
-    double frameInterval = 0;                  // median, in milliseconds or ticks; 0 not known
+    double frameInterval = 0;                  // usual, in milliseconds or ticks; 0 not known
     bool hasFrameStamps = false;
     bool hasNodeStamps = false;
     bool hasFeatureStamps = false;
@@ -68,6 +70,9 @@ struct StampClocks {
     bool nodesShareIt = false;
     bool featuresShareIt = false;
     bool motionSharesIt = false;
+
+    // Whether times of nodes can be compared with those of frames.
+    bool comparesNodes() const { return nodesShareIt || (ticksPerSecond && nodeTicksPerSecond); }
 };
 
 struct Change {
@@ -112,6 +117,14 @@ struct StuckAt {
     size_t nodesBehind = 0;          // that handle other frames and did not get this one
 };
 
+// A node that takes longer for each frame than frames are apart.
+struct Bottleneck {
+    NodeIds node{};
+    double work = 0;      // median
+    double interval = 0;  // between frames
+    size_t works = 0;     // of which `work` is the median
+};
+
 // The stamps on either side of frames without a record.
 struct GapSpan {
     uint32_t before = 0;
@@ -131,6 +144,7 @@ struct Cause {
         Heat,            // `change`; `slowness` where nodes slowed down with it
         SlowNodes,       // all of them; `slowness`
         Change,          // `change`
+        Bottleneck,      // `bottleneck`, and nothing stands out
         NoRecord,        // nothing stands out in the frames around the missing one
     };
     Kind kind = Kind::Unknown;
@@ -152,6 +166,7 @@ struct Findings {
     std::vector<FrameRange> otherGaps;
     std::optional<StuckAt> stuck;
     std::optional<GapSpan> span;
+    std::optional<Bottleneck> bottleneck;
 
     std::vector<Change> changes;              // in N-10 to N
     std::vector<SlowAllocation> allocations;  // in N-10 to N+10

@@ -43,7 +43,7 @@ void FrameMeasurer::measureNodes(const Record& record, const Take& take) {
         takeTime(Quantity::NodeWait, node.ids, wasBusy && node.queued != 0 ? freeAt : node.queued,
                  node.started);
         takeTime(Quantity::NodeWork, node.ids, node.started != 0 ? node.started : node.queued,
-                 node.finished != 0 ? node.finished : node.handedOn);
+                 node.workEnd());
         takeTime(Quantity::NodeHandOn, node.ids, node.finished, node.handedOn);
         freeAt = std::max(freeAt, node.last());
         last = std::max(last, node.last());

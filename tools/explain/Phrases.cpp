@@ -169,6 +169,14 @@ std::string Phrases::span(const GapSpan& span) const {
            " is usual";
 }
 
+std::string Phrases::bottleneck(const Bottleneck& bottleneck) const {
+    const StampClocks& clocks = mFindings.clocks;
+    return node(bottleneck.node) + " works " +
+           time(bottleneck.work, clocks.nodeTicksPerSecond.has_value()) +
+           " on each frame, and frames come every " +
+           time(bottleneck.interval, clocks.ticksPerSecond.has_value());
+}
+
 std::string Phrases::happened(const Comparison& comparison) const {
     const std::string which = frame(comparison.frame);
     const std::string amount = value(comparison, comparison.value);
@@ -210,7 +218,8 @@ std::string Phrases::standsOut() const {
     const Cause& cause = mFindings.cause;
     const bool isLater = cause.value->frame > mFindings.lost.last + (mFindings.hasRecord ? 0 : 1);
     return (cause.change ? change(*cause.change) + "; " : "") +
-           (isLater ? "nothing stands out up to there; later " : "") + happened(*cause.value);
+           (isLater ? "nothing stands out up to there; later " : "") + happened(*cause.value) +
+           alsoBottleneck();
 }
 
 std::string Phrases::slowAllocation() const {
@@ -223,9 +232,27 @@ std::string Phrases::slowAllocation() const {
 std::string Phrases::heat() const {
     const Cause& cause = mFindings.cause;
     return change(*cause.change) +
-           (cause.slowness > 0
-                    ? "; since then nodes have become " + decimal(cause.slowness) + " times as slow"
-                    : "; no value stands out");
+           (cause.slowness > 0 ? "; since then nodes have become " + decimal(cause.slowness) +
+                                         " times as slow" + alsoBottleneck()
+            : mFindings.bottleneck ? alsoBottleneck()
+                                   : "; no value stands out");
+}
+
+std::string Phrases::alsoBottleneck() const {
+    return mFindings.bottleneck ? "; " + bottleneck(*mFindings.bottleneck) : "";
+}
+
+// A frame that nothing takes up waits because of what is too slow behind it.
+std::string Phrases::stuckNode() const {
+    const bool isWaiting = mFindings.stuck->reached == StuckAt::Reached::NotQueued ||
+                           mFindings.stuck->reached == StuckAt::Reached::Queued;
+    return stuck(*mFindings.stuck) + (isWaiting ? alsoBottleneck() : "");
+}
+
+std::string Phrases::noValueStandsOut() const {
+    return (mFindings.hasRecord ? "nothing stands out, but "
+                                : "no record, and nothing stands out around it, but ") +
+           bottleneck(*mFindings.bottleneck);
 }
 
 std::string Phrases::noRecord() const {
@@ -257,7 +284,7 @@ std::string Phrases::cause() const {
         case Cause::Kind::None:
             return "nothing stands out in the frames around it";
         case Cause::Kind::StuckNode:
-            return stuck(*mFindings.stuck);
+            return stuckNode();
         case Cause::Kind::SlowAllocation:
             return slowAllocation();
         case Cause::Kind::StandsOut:
@@ -269,9 +296,12 @@ std::string Phrases::cause() const {
             return heat();
         case Cause::Kind::SlowNodes:
             return "all nodes have become slow: they take " + decimal(cause.slowness) +
-                   " times as long as 10 to 30 frames before";
+                   " times as long as 10 to 30 frames before" + alsoBottleneck();
         case Cause::Kind::Change:
-            return change(*cause.change) + "; no value stands out";
+            return change(*cause.change) +
+                   (mFindings.bottleneck ? alsoBottleneck() : "; no value stands out");
+        case Cause::Kind::Bottleneck:
+            return noValueStandsOut();
         case Cause::Kind::NoRecord:
             return noRecord();
     }

@@ -28,6 +28,7 @@ public:
     std::string allocation(const SlowAllocation& allocation) const;
     std::string stuck(const StuckAt& stuck) const;
     std::string span(const GapSpan& span) const;
+    std::string bottleneck(const Bottleneck& bottleneck) const;
     std::string node(const NodeIds& ids) const { return "node " + mNames.nameOf(ids); }
 
 private:
@@ -36,6 +37,9 @@ private:
     std::string standsOut() const;
     std::string slowAllocation() const;
     std::string heat() const;
+    std::string stuckNode() const;
+    std::string alsoBottleneck() const;
+    std::string noValueStandsOut() const;
     std::string noRecord() const;
     std::string unknown() const;
     std::string time(double value, bool isKnown) const;

@@ -5,6 +5,7 @@
 #include "tools/explain/Measurements.h"
 #include "tools/explain/clocksOf.h"
 #include "tools/explain/deviceState.h"
+#include "tools/explain/findBottleneck.h"
 #include "tools/explain/findChanges.h"
 #include "tools/explain/findStuck.h"
 #include "tools/explain/likeliestCause.h"
@@ -92,15 +93,17 @@ FrameRange framesAround(const FrameRange& lost, uint32_t before, uint32_t behind
             lost.last + std::min(UINT32_MAX - lost.last, behind)};
 }
 
-Findings analyseLoss(const FrameRange& lost, const FrameMap& session) {
+Findings analyseLoss(const FrameRange& lost, const FrameMap& session,
+                     std::optional<double> ticksPerSecond) {
     const FrameRange near = framesAround(lost, kHistory, kEvidence);
     const FrameMap frames(session.lower_bound(near.first), session.upper_bound(near.last));
     Findings findings;
     findings.lost = lost;
     findings.hasRecord = frames.count(lost.first) != 0;
-    findings.clocks = clocksOf(frames);
+    findings.clocks = clocksOf(frames, ticksPerSecond);
     weighRecords(frames, findings);
     findings.span = spanOf(findings, frames);
+    findings.bottleneck = findBottleneck(frames, lost, findings.clocks);
 
     const FrameRange window = framesAround(lost, kWindow, kWindow);
     const Measurements measurements(frames, findings.clocks);

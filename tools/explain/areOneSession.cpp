@@ -23,7 +23,7 @@ bool isSameFrame(const Record& a, const Record& b) {
 // The stamps of two stretches of frames that do not meet: as far apart as their numbers say.
 bool goesOn(const FrameMap& earlier, const FrameMap& later) {
     constexpr double kMostOff = 0.25;
-    const StampClocks clocks = clocksOf(earlier);
+    const StampClocks clocks = clocksOf(earlier, std::nullopt);
     const double interval = clocks.frameInterval;
     if (!clocks.hasFrameStamps || interval == 0 ||
         earlier.rbegin()->first >= later.begin()->first) {

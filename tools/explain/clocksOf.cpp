@@ -48,16 +48,47 @@ Stamps stampsOf(const FrameMap& frames, uint64_t (*stampOf)(const Record&)) {
     return stamps;
 }
 
-// Ticks from one frame to the next; 0 where that cannot be told.
+// From one stamp to the next, which may be several frames on.
+struct Step {
+    double ticks;
+    uint32_t frames;
+
+    double interval() const { return ticks / frames; }
+};
+
+// Without the longest step, which may be a pause.
+double meanInterval(std::vector<Step> steps) {
+    steps.erase(std::max_element(steps.begin(), steps.end(), [](const Step& a, const Step& b) {
+        return a.interval() < b.interval();
+    }));
+    double ticks = 0;
+    double frames = 0;
+    for (const Step& step : steps) {
+        ticks += step.ticks;
+        frames += step.frames;
+    }
+    return frames == 0 ? 0 : ticks / frames;
+}
+
+// Ticks from one frame to the next, whether those between have records or not; 0 where that cannot
+// be told. Frames that come in bursts come as often as on average.
 double intervalOf(const Stamps& stamps) {
+    constexpr double kInBursts = 1.5;  // the mean as a multiple of the median
+    std::vector<Step> steps;
     std::vector<double> intervals;
     for (auto at = stamps.begin(); at != stamps.end() && std::next(at) != stamps.end(); ++at) {
         const auto next = std::next(at);
         if (next->second > at->second) {
-            intervals.push_back(ticksBetween(at->second, next->second) / (next->first - at->first));
+            steps.push_back({ticksBetween(at->second, next->second), next->first - at->first});
+            intervals.push_back(steps.back().interval());
         }
     }
-    return median(std::move(intervals));
+    if (steps.empty()) {
+        return 0;
+    }
+    const double middle = median(std::move(intervals));
+    const double mean = meanInterval(std::move(steps));
+    return mean > kInBursts * middle ? mean : middle;
 }
 
 bool isNear(const std::vector<double>& distances, double interval) {
@@ -111,7 +142,7 @@ bool shareClock(const Stamps& frames, const Stamps& nodes, double interval, doub
 
 }  // namespace
 
-StampClocks clocksOf(const FrameMap& frames) {
+StampClocks clocksOf(const FrameMap& frames, std::optional<double> stated) {
     const Stamps own = stampsOf(frames, ownStamp);
     const Stamps nodes = stampsOf(frames, firstNodeStamp);
     const double nodeInterval = intervalOf(nodes);
@@ -119,17 +150,18 @@ StampClocks clocksOf(const FrameMap& frames) {
     clocks.hasFrameStamps = !own.empty();
     clocks.hasNodeStamps = !nodes.empty();
     const double interval = clocks.hasFrameStamps ? intervalOf(own) : nodeInterval;
-    clocks.ticksPerSecond = ticksPerSecondOf(interval);
-    clocks.nodeTicksPerSecond = ticksPerSecondOf(nodeInterval);
+    clocks.isStated = stated.has_value();
+    clocks.ticksPerSecond = stated ? stated : ticksPerSecondOf(interval);
+    clocks.nodeTicksPerSecond = stated ? stated : ticksPerSecondOf(nodeInterval);
     clocks.frameInterval = inTime(interval, clocks.ticksPerSecond);
-    clocks.nodesShareIt = clocks.hasNodeStamps && (!clocks.hasFrameStamps ||
+    clocks.nodesShareIt = clocks.hasNodeStamps && (stated || !clocks.hasFrameStamps ||
                                                    shareClock(own, nodes, interval, nodeInterval));
     const std::vector<double> features = featureDistances(frames);
     const std::vector<double> motion = motionDistances(frames);
     clocks.hasFeatureStamps = !features.empty();
     clocks.hasMotionStamps = !motion.empty();
-    clocks.featuresShareIt = isNear(features, interval);
-    clocks.motionSharesIt = isNear(motion, interval);
+    clocks.featuresShareIt = stated ? !features.empty() : isNear(features, interval);
+    clocks.motionSharesIt = stated ? !motion.empty() : isNear(motion, interval);
     return clocks;
 }
 

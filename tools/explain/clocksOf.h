@@ -6,8 +6,9 @@
 namespace vdrdump {
 
 // No dump states the clocks and units of its stamps: both are taken from how the stamps go along
-// with the frames.
-StampClocks clocksOf(const FrameMap& frames);
+// with the frames, at 1 to 1000 frames a second. `stated`: ticks per second of the one clock of all
+// stamps, where the user knows it.
+StampClocks clocksOf(const FrameMap& frames, std::optional<double> stated);
 
 // When the frame was taken: its own stamp or, where no record has one, when its first node got it.
 // 0: not known.

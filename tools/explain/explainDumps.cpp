@@ -11,7 +11,7 @@ bool explainDumps(const ExplainRequest& request) {
     const NodeNames names =
             request.names.empty() ? NodeNames() : NodeNames::fromFile(request.names);
     const GatheredLosses gathered = gatherLosses(request.which);
-    const Explanations explanations = explainLosses(gathered);
+    const Explanations explanations = explainLosses(gathered, names.ticksPerSecond());
     if (explanations.losses.empty() && gathered.isNothingRead() && !request.isJson) {
         return false;  // what is wrong has been said, and of losses nothing is known
     }

@@ -5,7 +5,7 @@
 
 namespace vdrdump {
 
-Explanations explainLosses(const GatheredLosses& gathered) {
+Explanations explainLosses(const GatheredLosses& gathered, std::optional<double> ticksPerSecond) {
     Explanations explanations;
     explanations.unlisted = gathered.found.unlisted;
     explanations.wasFull = gathered.wasFull;
@@ -14,7 +14,8 @@ Explanations explainLosses(const GatheredLosses& gathered) {
             ++explanations.unexplained;
             continue;
         }
-        explanations.losses.push_back({each, analyseLoss(each.lost, each.history->frames)});
+        explanations.losses.push_back(
+                {each, analyseLoss(each.lost, each.history->frames, ticksPerSecond)});
     }
     return explanations;
 }

@@ -5,7 +5,7 @@
 
 namespace vdrdump {
 
-// Looks at what was gathered around each loss.
-Explanations explainLosses(const GatheredLosses& gathered);
+// Looks at what was gathered around each loss. `ticksPerSecond` as in clocksOf.
+Explanations explainLosses(const GatheredLosses& gathered, std::optional<double> ticksPerSecond);
 
 }  // namespace vdrdump

@@ -32,8 +32,8 @@ const char* nameOf(Change::What what) {
 
 const char* nameOf(Cause::Kind kind) {
     static constexpr const char* kNames[] = {
-            "unknown",     "none", "stuckNode", "slowAllocation", "standsOut",
-            "sensorPause", "heat", "slowNodes", "change",         "noRecord"};
+            "unknown", "none",      "stuckNode", "slowAllocation", "standsOut", "sensorPause",
+            "heat",    "slowNodes", "change",    "bottleneck",     "noRecord"};
     static_assert(std::size(kNames) == static_cast<size_t>(Cause::Kind::NoRecord) + 1);
     return nameIn(kNames, kind);
 }
@@ -128,6 +128,7 @@ Json::Value clocksOf(const StampClocks& clocks) {
     Json::Value value;
     value["ticksPerSecond"] = orNull(clocks.ticksPerSecond);
     value["nodeTicksPerSecond"] = orNull(clocks.nodeTicksPerSecond);
+    value["isStated"] = clocks.isStated;
     value["frameInterval"] = clocks.frameInterval;
     const auto add = [&value](const char* name, bool isThere, bool isShared) {
         value["oneClock"][name] = isThere ? Json::Value(isShared) : Json::Value();
@@ -167,6 +168,8 @@ public:
         value["stuckAt"] =
                 orNull(mFindings.stuck, [this](const auto& each) { return stuck(each); });
         value["span"] = orNull(mFindings.span, spanOf);
+        value["bottleneck"] = orNull(mFindings.bottleneck,
+                                     [this](const auto& each) { return bottleneckOf(each); });
         value["changes"] = listOf(mFindings.changes, changeOf);
         value["slowAllocations"] = listOf(mFindings.allocations, allocationOf);
         value["deviceMoves"] = listOf(mFindings.deviceMoves, moveOf);
@@ -232,6 +235,15 @@ private:
         value["reached"] = nameOf(stuck.reached);
         value["work"] = orNull(stuck.work, [this](const auto& each) { return comparisonOf(each); });
         value["nodesBehind"] = Json::UInt64{stuck.nodesBehind};
+        return value;
+    }
+
+    Json::Value bottleneckOf(const Bottleneck& bottleneck) const {
+        Json::Value value;
+        value["node"] = nodeOf(bottleneck.node);
+        value["work"] = bottleneck.work;
+        value["works"] = Json::UInt64{bottleneck.works};
+        value["frameInterval"] = bottleneck.interval;
         return value;
     }
 

@@ -132,6 +132,8 @@ Cause ofCircumstances(const Findings& findings, bool isMeasured) {
     } else if (isSlow) {
         cause.kind = Cause::Kind::SlowNodes;
         cause.slowness = findings.slowness;
+    } else if (findings.bottleneck) {
+        cause.kind = Cause::Kind::Bottleneck;
     } else if (!isMeasured || findings.recordsBefore + findings.recordsBehind < kFewestRecords) {
         cause.kind = Cause::Kind::Unknown;
     } else {

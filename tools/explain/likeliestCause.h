@@ -8,7 +8,8 @@ namespace vdrdump {
 //
 //   the frame got stuck in a node > a slow allocation in the frame itself > what stands out, the
 //   more specific of what the same time shows in > a slow allocation around > heat and what else
-//   slowed all nodes > what changed > what stands out behind the loss > nothing
+//   slowed all nodes > what changed > a node that
+//   cannot keep up > what stands out behind the loss > nothing
 Cause likeliestCause(const Findings& findings, bool isMeasured);
 
 }  // namespace vdrdump

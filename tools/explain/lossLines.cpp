@@ -33,7 +33,11 @@ std::string listed(const Items& items, size_t most, Words words) {
 
 std::string number(double value) {
     char text[64];
-    std::snprintf(text, sizeof(text), value == std::floor(value) ? "%.0f" : "%.2f", value);
+    std::snprintf(text, sizeof(text),
+                  value == std::floor(value) ? "%.0f"
+                  : std::fabs(value) < 1     ? "%.2g"
+                                             : "%.2f",
+                  value);
     return text;
 }
 
@@ -174,6 +178,11 @@ private:
         if (mFindings.span) {
             line("around it", mPhrases.span(*mFindings.span));
         }
+        if (mFindings.bottleneck) {
+            line("bottleneck", mPhrases.bottleneck(*mFindings.bottleneck) + " (median of the " +
+                                       std::to_string(mFindings.bottleneck->works) +
+                                       " nearest that it worked on, one at a time)");
+        }
     }
 
     std::string changes() const {
@@ -287,9 +296,11 @@ private:
         add("node", clocks.hasFrameStamps && clocks.hasNodeStamps, clocks.nodesShareIt);
         add("feature", clocks.hasFeatureStamps, clocks.featuresShareIt);
         add("motion", clocks.hasMotionStamps, clocks.motionSharesIt);
-        std::string text = enumerated(same) + " stamps taken " +
-                           (same.size() == 1 ? "to be in " : "for one clock in ") +
-                           unitName(clocks.ticksPerSecond);
+        const std::string which = same.size() == 1 ? "to be in " : "for one clock in ";
+        std::string text =
+                enumerated(same) + " stamps " +
+                (clocks.isStated ? "are stated to be of one clock in " : "taken " + which) +
+                unitName(clocks.ticksPerSecond);
         if (clocks.ticksPerSecond) {
             text += ": frames are then " + number(clocks.frameInterval) + " ms apart";
         }

@@ -17,6 +17,7 @@ struct NodeStamps {
 
     // 0 where there is none.
     uint64_t first() const { return queued != 0 ? queued : started != 0 ? started : finished; }
+    uint64_t workEnd() const { return finished != 0 ? finished : handedOn; }
     uint64_t last() const { return std::max({queued, started, finished, handedOn}); }
 };
 

@@ -26,8 +26,7 @@ bool isNodeQuantity(Quantity quantity) {
 // Costs are taken for milliseconds, as nothing tells their unit. Where times cannot be compared
 // with the frame interval, what doubles the median counts.
 bool isMuch(const Comparison& comparison, const StampClocks& clocks) {
-    const bool isKnown = !isNodeQuantity(comparison.subject.quantity) ||
-                         clocks.nodeTicksPerSecond || clocks.nodesShareIt;
+    const bool isKnown = !isNodeQuantity(comparison.subject.quantity) || clocks.comparesNodes();
     const double interval = isKnown ? clocks.frameInterval : 0;
     const double excess = comparison.excess();
     const bool isDoubled = excess >= std::fabs(comparison.median);

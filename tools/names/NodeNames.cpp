@@ -44,6 +44,21 @@ bool takeIds(std::string_view& line, NodeIds& ids) {
     return true;
 }
 
+// Of "clock nanoseconds"; none of any other line.
+std::optional<double> clockOf(const std::string& line) {
+    std::istringstream words(line);
+    std::string first;
+    std::string unit;
+    std::string more;
+    if (!(words >> first >> unit) || first != "clock" || words >> more) {
+        return std::nullopt;
+    }
+    return unit == "nanoseconds"    ? std::optional(1e9)
+           : unit == "microseconds" ? std::optional(1e6)
+           : unit == "milliseconds" ? std::optional(1e3)
+                                    : std::nullopt;
+}
+
 }  // namespace
 
 std::string idsText(const NodeIds& ids) {
@@ -73,12 +88,18 @@ NodeNames NodeNames::fromText(const std::string& file, const std::string& text) 
         if (rest.empty() || rest[0] == '#') {
             continue;
         }
+        if (const auto ticksPerSecond = clockOf(line)) {
+            names.mTicksPerSecond = ticksPerSecond;
+            continue;
+        }
         NodeIds ids{};
         const bool hasIds = takeIds(rest, ids);
         rest = rest.substr(0, rest.find_last_not_of(kBlanks) + 1);
         if (!hasIds || rest.empty()) {
-            throw std::runtime_error(printablePath(file) + ":" + std::to_string(number) +
-                                     ": expected three ids and a name, such as 0x2:0xca:0x0 scaler");
+            throw std::runtime_error(
+                    printablePath(file) + ":" + std::to_string(number) +
+                    ": expected three ids and a name, such as 0x2:0xca:0x0 scaler, or "
+                    "the clock of the stamps, such as clock nanoseconds");
         }
         names.mNames[ids] = printablePath(std::string(rest));
     }

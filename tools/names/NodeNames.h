@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace vdrdump {
@@ -17,6 +18,10 @@ std::string idsText(const NodeIds& ids);
 // between; empty lines, and those that begin with '#', are passed over.
 //
 //   0x2:0xca:0x0  plug-in algorithms
+//
+// A line may state the unit of the stamps, which are then all of one clock:
+//
+//   clock nanoseconds
 class NodeNames {
 public:
     NodeNames() = default;
@@ -28,9 +33,12 @@ public:
     std::string nameOf(const NodeIds& ids) const;
     // "plug-in algorithms", empty where there is no name.
     std::string find(const NodeIds& ids) const;
+    // Of the clock of all stamps; none where the file states none.
+    std::optional<double> ticksPerSecond() const { return mTicksPerSecond; }
 
 private:
     std::map<NodeIds, std::string> mNames;
+    std::optional<double> mTicksPerSecond;
 };
 
 }  // namespace vdrdump

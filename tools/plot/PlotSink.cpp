@@ -16,7 +16,7 @@ PictureFormat formatOf(const std::string& path) {
 }
 
 std::string answerOf(const LossCase& loss, const NodeNames& names) {
-    const Findings findings = analyseLoss(loss.lost, loss.history->frames);
+    const Findings findings = analyseLoss(loss.lost, loss.history->frames, names.ticksPerSecond());
     const Phrases phrases(findings, names);
     return "Lost " + phrases.lost() + ": " + phrases.cause() + ".";
 }
@@ -25,7 +25,7 @@ std::string answerOf(const LossCase& loss, const NodeNames& names) {
 
 void PlotSink::beginFile(const DumpFile& file) {
     mFile = file;
-    mCurves.emplace(mFields);
+    mCurves.emplace(mFields, mNames.ticksPerSecond());
     if (file.lostFrame) {
         mAroundLoss.emplace(SegmentCollector::around(std::vector<uint32_t>{*file.lostFrame}),
                             std::nullopt);
@@ -56,7 +56,7 @@ void PlotSink::endSession(const SessionSummary& session) {
     if (session.number == mDrawn) {
         mSession = session;
     } else if (mDrawn == 0) {
-        mCurves.emplace(mFields);
+        mCurves.emplace(mFields, mNames.ticksPerSecond());
     }
 }
 

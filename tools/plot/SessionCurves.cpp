@@ -34,7 +34,7 @@ void SessionCurves::finish() {
 }
 
 void SessionCurves::begin() {
-    mClocks = clocksOf(mHeld);
+    mClocks = clocksOf(mHeld, mTicksPerSecond);
     mMeasurer.emplace(mClocks);
     for (const Panel& panel : mColumnPanels) {
         for (const Axis* axis : {&panel.left, &panel.right}) {

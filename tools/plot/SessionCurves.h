@@ -18,8 +18,11 @@ namespace vdrdump {
 // the session is.
 class SessionCurves {
 public:
-    explicit SessionCurves(const FieldChoice& fields)
-          : mMeasures(fields.isAll()), mColumnPanels(columnPanels(fields)) {}
+    // `ticksPerSecond` as in clocksOf.
+    SessionCurves(const FieldChoice& fields, std::optional<double> ticksPerSecond)
+          : mMeasures(fields.isAll()),
+            mTicksPerSecond(ticksPerSecond),
+            mColumnPanels(columnPanels(fields)) {}
 
     void add(const Record& record);
     // A record that is not drawn: a recording that goes on in those drawn may start or end in it.
@@ -49,6 +52,7 @@ private:
     void addTo(std::map<Key, size_t>& curves, const Key& key, double value);
 
     const bool mMeasures;
+    const std::optional<double> mTicksPerSecond;
     const std::vector<Panel> mColumnPanels;
     FrameMap mHeld;
     StampClocks mClocks;

@@ -31,7 +31,7 @@ public:
           : mRequest(request),
             mGathered(gathered),
             mNames(names),
-            mExplanations(explainLosses(gathered)),
+            mExplanations(explainLosses(gathered, names.ticksPerSecond())),
             mAnswer(answerOf(mExplanations, names)) {}
 
     bool write() {
@@ -182,8 +182,9 @@ private:
     std::string timeline(const History& history, FrameRange range, const Findings* findings,
                          bool withLegend) {
         range.last = range.first + std::min(range.last - range.first, kMostInTimeline - 1);
-        const StampClocks clocks =
-                findings == nullptr ? clocksOf(history->frames) : findings->clocks;
+        const StampClocks clocks = findings == nullptr
+                                           ? clocksOf(history->frames, mNames.ticksPerSecond())
+                                           : findings->clocks;
         const Timeline drawn =
                 timelineOf(history->frames, range,
                            findings == nullptr ? range.first : findings->lost.first, clocks);

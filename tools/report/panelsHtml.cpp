@@ -10,7 +10,7 @@ namespace {
 std::optional<std::string> draw(const SessionHistory& history, const FrameRange& range,
                                 const Findings* findings, const NodeNames& names,
                                 const std::string& page) {
-    SessionCurves curves{FieldChoice()};
+    SessionCurves curves(FieldChoice(), names.ticksPerSecond());
     for (const auto& [frame, stored] : history.frames) {
         if (range.meets({frame, frame})) {
             curves.add(stored->view());

@@ -24,8 +24,8 @@ bool isIn(const std::vector<FrameRange>& ranges, uint32_t frame) {
 class FrameWords {
 public:
     FrameWords(const FrameMap& frames, const NodeNames& names)
-          : mNames(names), mMeasurements(frames, clocksOf(frames)) {
-        mFindings.clocks = clocksOf(frames);
+          : mNames(names), mMeasurements(frames, clocksOf(frames, names.ticksPerSecond())) {
+        mFindings.clocks = clocksOf(frames, names.ticksPerSecond());
     }
 
     std::string of(uint32_t frame) const {

@@ -89,7 +89,7 @@ void TraceEvents::add(const SessionHistory& history, const std::vector<LossCase>
 }
 
 void TraceEvents::begin(const SessionHistory& history) {
-    mClocks = clocksOf(history.frames);
+    mClocks = clocksOf(history.frames, mNames.ticksPerSecond());
     mTracks.clear();
     mFirstFrameStamp = mFirstNodeStamp = UINT64_MAX;
     for (const auto& [frame, stored] : history.frames) {
