@@ -11,10 +11,10 @@
 
 namespace zk::bench {
 
-// Collects what each measurement took and relates the rows' lower quartiles: whoever else uses the
-// machine adds time and takes none away, and adds it to copies and calls far more than to a lock,
-// which waits for itself most of the time. The medians tell how quiet it was. Where several threads
-// do the same, a time is that which one of them spends.
+// Collects what each measurement took and relates what the rows' fastest tenths took at most:
+// whoever else uses the machine adds time and takes none away, and adds it to copies and calls far
+// more than to a lock, which waits for itself most of the time. The medians tell how quiet it was.
+// Where several threads do the same, a time is that which one of them spends.
 class RatioReporter : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context& context) override;
@@ -22,7 +22,7 @@ public:
 
     bool hasFailed() const { return mHasFailed; }
     void printTable(const std::vector<Row>& rows, std::FILE* out) const;
-    // Columns name, baseline, lower quartiles (quiet_ns, quiet_baseline_ns, ratio) and medians
+    // Columns name, baseline, the fastest tenths (quiet_ns, quiet_baseline_ns, ratio) and medians
     // (median_ns, median_baseline_ns, median_ratio). False where it could not be written.
     bool writeCsv(const std::vector<Row>& rows, const std::string& path) const;
 

@@ -15,8 +15,8 @@ using zk::bench::Measurement;
 using zk::bench::Row;
 using zk::bench::Tail;
 
-constexpr int kRepetitions = 40;  // in random order among all others
-constexpr double kSecondsPerRepetition = 0.02;
+constexpr int kRepetitions = 100;  // in random order among all others
+constexpr double kSecondsPerRepetition = 0.008;
 
 void add(const Measurement& measurement, bool isSmoke) {
     benchmark::internal::Benchmark* benchmark =
