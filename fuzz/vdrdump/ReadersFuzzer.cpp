@@ -66,7 +66,7 @@ private:
     uint64_t mInSessions = 0;
     uint64_t mLastIndex = 0;
     vdrdump::SessionStatistics mStatistics;
-    vdrdump::SessionCurves mCurves{{}};
+    vdrdump::SessionCurves mCurves{{}, std::nullopt};
 };
 
 constexpr uint32_t kLost = 8;
