@@ -4,6 +4,9 @@ import { asNdjson } from "./checkDuckdb.mjs";
 import { check, compareRows, sortedBy } from "./compare.mjs";
 import { layout } from "./recordLayout.mjs";
 
+// "2/202/0" of "0x2:0xca:0x0"; old releases have no hexadecimal numbers without zeros in front.
+const decimal = (node) => node.split(":").map(Number).join("/");
+
 const types = {
     u8: "UInt8",
     u16: "UInt16",
@@ -149,7 +152,7 @@ export function checkClickhouse({ name: release, isOld }, block, edges, dumps, {
             front: Number(front),
         })),
         sortedBy(
-            [...groupBy(stuck, (loss) => loss.node)].map(([stuckIn, group]) => ({
+            [...groupBy(stuck, (loss) => decimal(loss.node))].map(([stuckIn, group]) => ({
                 stuckIn,
                 losses: group.length,
                 front: mean(group.map((loss) => loss.record.sysStatusInfo_shellFrontTemp)),

@@ -45,7 +45,7 @@ function ask(file) {
 
 // The demo's causes hit nodes that are known: what is worked out agrees with what was played.
 function checkWhatWasPlanted(dumps, gaps, losses) {
-    const nodeOf = { "stuck-node": "2/202/0", "slow-allocation": "1/103/0" };
+    const nodeOf = { "stuck-node": "0x2:0xca:0x0", "slow-allocation": "0x1:0x67:0x0" };
     check(dumps.length === 200, `${dumps.length} dumps instead of 200`);
     check(
         gaps.length === 2 * 20 &&

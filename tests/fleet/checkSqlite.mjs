@@ -115,16 +115,12 @@ export function checkSqlite(edges, dumps, questions, { run }) {
     // A node that got stuck goes before all others, in this question as in the fleet's.
     const slowest = ask("dumps.db", questions[0]);
     for (const loss of losses.filter((each) => nodeOfLoss(each).isStuck)) {
-        const hexadecimal = nodeOfLoss(loss)
-            .node.split("/")
-            .map((id) => `0x${Number(id).toString(16)}`)
-            .join(":");
         check(
             slowest.some(
                 (row) =>
                     row.path === loss.file &&
                     row.lostFrame === loss.lostFrame &&
-                    row.node === hexadecimal &&
+                    row.node === nodeOfLoss(loss).node &&
                     row.stuck === 1,
             ),
             `SQLite, slowest node: ${loss.file}, ${loss.lostFrame}`,

@@ -25,7 +25,9 @@ export function groupBy(list, keyOf) {
     return groups;
 }
 
-const nodeOf = (node) => `${node.ids_0}/${node.ids_1}/${node.ids_2}`;
+// As vdrdump shows a node: "0x2:0xca:0x0".
+const nodeOf = (node) =>
+    [node.ids_0, node.ids_1, node.ids_2].map((id) => `0x${Number(id).toString(16)}`).join(":");
 const isStuck = (node) => node.stamps_0 !== 0n && node.stamps_3 === 0n;
 const wholeOf = (node) =>
     node.stamps_0 !== 0n && node.stamps_3 !== 0n ? Number(node.stamps_3 - node.stamps_0) : null;
