@@ -115,7 +115,8 @@ void CsvSink::beginFile(const DumpFile& file) {
 
 void CsvSink::add(const Record& record) {
     constexpr size_t kKeys = 2 * kLongestNumber;  // session and record
-    char* out = mOutput.reserve(mRowStart.size() + kKeys + RowText<CsvStyle>::longest());
+    constexpr size_t kLongest = kKeys + RowText<CsvStyle>::longest();
+    char* out = mOutput.reserve(mRowStart.size() + kLongest);
     out = appendText(out, mRowStart);
     out = zk::formatUnsigned(out, record.session);
     *out++ = ',';

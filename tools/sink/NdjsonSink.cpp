@@ -78,7 +78,8 @@ void NdjsonSink::beginFile(const DumpFile& file) {
 
 void NdjsonSink::add(const Record& record) {
     constexpr size_t kKeys = 2 * kLongestNumber + 16;  // session and record
-    char* out = mOutput.reserve(mRowStart.size() + kKeys + RowText<JsonStyle>::longest());
+    constexpr size_t kLongest = kKeys + RowText<JsonStyle>::longest();
+    char* out = mOutput.reserve(mRowStart.size() + kLongest);
     out = appendText(out, mRowStart);
     out = zk::formatUnsigned(out, record.session);
     *out++ = ',';
