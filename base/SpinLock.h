@@ -28,10 +28,10 @@ namespace zk {
 inline constexpr size_t kCacheLine = 64;
 
 // The recorder's one kind of lock: one byte, no kernel object. Whoever has to wait looks again for
-// a microsecond and then naps between attempts, so that the holder gets the processor. Most holders
-// copy a record or change a container; where one does more, a log line or the disk, the class that
-// has the lock says so. Not recursive; docs/architecture.md says which may be taken while another
-// is held.
+// one to three microseconds and then naps between attempts, so that the holder gets the processor.
+// Most holders copy a record or change a container; where one does more, a log line or the disk,
+// the class that has the lock says so. Not recursive; docs/architecture.md says which may be taken
+// while another is held.
 class VDR_CAPABILITY("SpinLock") SpinLock {
 public:
     SpinLock() = default;
@@ -64,7 +64,7 @@ public:
     void assertHeld() const VDR_ASSERT_CAPABILITY(this) {}
 
 private:
-    static constexpr int kLooks = 64;  // about a microsecond, several records' copies
+    static constexpr int kLooks = 64;  // one to three microseconds, several records' copies
     static constexpr useconds_t kNapMicroseconds = 10;
 
     // Tells the processor that this thread waits for another.
