@@ -50,12 +50,11 @@ uint32_t FrameFlow::handOn(NodeIndex index, const BufferMark& mark, const Handin
     const uint32_t frame = entry->frame;
     FrameTrace& trace = *traceOf(frame);
     stampHandOn(node, trace.passages[entry->passage], handing);
-    entry->isOut = true;
     ++trace.holders;
     node.lastMemory = mark.memory;
     node.lastFrame = frame;
-    // Of a frame in pieces, as the packets of a network, each comes and leaves by itself.
-    const bool isGone = entry->calls == 0 && --entry->buffers == 0;
+    entry->countOut(handing.calledWith == frame);
+    const bool isGone = entry->isGone();
     overtake(node, index, *entry, mark, handing.now);
     if (isGone) {
         leaves(node, frame);
@@ -153,9 +152,7 @@ void FrameFlow::arrive(NodeIndex index, uint32_t frame, const BufferMark& mark, 
     }
     Node& node = *found;
     if (Entry* again = node.inside.find(frame); again != nullptr) {
-        ++again->calls;
-        ++again->buffers;
-        again->mark = mark;
+        again->addPiece(mark);
         return;
     }
     const size_t number = passageOf(*trace, index);
@@ -193,7 +190,7 @@ void FrameFlow::callReturned(NodeIndex index, uint32_t frame, const Return& resu
         }
         if (node.traits.isSink) {
             passage.finishedAt = passage.handedOnAt = result.now;
-        } else if (!entry->isOut && !node.traits.keepsNothing) {
+        } else if (!entry->isGone() && !node.traits.keepsNothing) {
             return;
         }
     }
@@ -216,8 +213,8 @@ void FrameFlow::dropped(NodeIndex index, int64_t presentation, uint32_t calledWi
         return;
     }
     lose(index, entry->frame, LossKind::kTooLate, now);
-    entry->isOut = true;
-    if (entry->calls == 0) {
+    entry->giveUp();
+    if (entry->isGone()) {
         leaves(node, entry->frame);
         reportThrough();
     }

@@ -22,6 +22,19 @@ bool haveTimes(const BufferMark& one, const BufferMark& other) {
 
 }  // namespace
 
+// Of a frame in pieces often only the first carries its times.
+void FramesInside::Entry::addPiece(const BufferMark& piece) {
+    ++calls;
+    ++pieces;
+    mark.memory = piece.memory;
+    if (piece.presentation != kNoTime) {
+        mark.presentation = piece.presentation;
+    }
+    if (piece.decoding != kNoTime) {
+        mark.decoding = piece.decoding;
+    }
+}
+
 FramesInside::Entry& FramesInside::add(uint32_t frame, const BufferMark& mark, size_t passage) {
     return mEntries.emplace_back(Entry{frame, mark, passage});
 }
@@ -68,8 +81,13 @@ FramesInside::Entry* FramesInside::likely(const BufferMark& mark, uint32_t calle
     if (called != nullptr && !called->isOut) {
         return called;
     }
-    const auto oldest = std::find_if(mEntries.begin(), mEntries.end(),
-                                     [](const Entry& entry) { return !entry.isOut; });
+    // What keeps the order lets all pieces of a frame go before any of the next; a decoder joins
+    // them to one picture.
+    const bool isByPiece = mOrder == Order::kArrival;
+    const auto oldest =
+            std::find_if(mEntries.begin(), mEntries.end(), [isByPiece](const Entry& entry) {
+                return isByPiece ? entry.pieces > 0 : !entry.isOut;
+            });
     // A frame whose time is known leaves with that time, or its element makes frames of its own.
     return oldest != mEntries.end() && !haveTimes(oldest->mark, mark) ? &*oldest : nullptr;
 }

@@ -23,12 +23,24 @@ class FramesInside {
 public:
     struct Entry {
         uint32_t frame = kNoFrame;
-        BufferMark mark;        // as it came
+        BufferMark mark;        // as its last piece came, with the last times that were known
         size_t passage = 0;     // of the frame's
         uint32_t calls = 0;     // of the element with this frame that have not returned
-        uint32_t buffers = 1;   // with this frame that came, less those that left on its own thread
+        uint32_t pieces = 1;    // that came and may still leave
         uint32_t passedBy = 0;  // frames that came later and left earlier
         bool isOut = false;     // pushed on at least once, or given up
+
+        // Another buffer of the same frame has come, as the packets of a network do.
+        void addPiece(const BufferMark& piece);
+        // A piece leaves. What an element does in the call that brought the frame it does with all
+        // of it; on another thread each piece leaves by itself, and may do so while that call, or
+        // that with the next piece, is still under way.
+        void countOut(bool isInItsOwnCall) {
+            isOut = true;
+            pieces = isInItsOwnCall || pieces == 0 ? 0 : pieces - 1;
+        }
+        void giveUp() { countOut(true); }
+        bool isGone() const { return isOut && calls == 0 && pieces == 0; }
     };
 
     explicit FramesInside(Order order) : mOrder(order) {}
@@ -40,7 +52,7 @@ public:
     // not tell; null where neither does.
     Entry* known(const BufferMark& mark);
     // Which it may be else: that with which the calling thread was sent into the element, or the
-    // oldest where there are no times.
+    // oldest of which something is still to come where there are no times.
     Entry* likely(const BufferMark& mark, uint32_t calledWith);
     // Which of them has this running time.
     Entry* at(int64_t presentation);

@@ -47,17 +47,20 @@ void PipelineWatch::findPlace(PadState& state, GstPad* pad, uint64_t generation)
     if (GST_IS_ELEMENT(parent) && !GST_IS_BIN(parent)) {
         GstElement* const element = GST_ELEMENT_CAST(parent);
         state.place.element = element;
-        if (mServed != nullptr && topOf(element) == mServed) {
-            state.place.node = nodeOf(element, pad);
+        if (GstElement* const top = topOf(element); top == mServed) {
+            state.place.node = nodeOf(element, pad, top);
         }
     }
     gst_object_unref(parent);
 }
 
-NodeIndex PipelineWatch::nodeOf(GstElement* element, GstPad* pad) {
+NodeIndex PipelineWatch::nodeOf(GstElement* element, GstPad* pad, const GstElement* top) {
     const GstPad* const lane = laneOf(pad);
     const void* const place = lane != nullptr ? static_cast<const void*>(lane) : element;
     const std::lock_guard guard(mMutex);
+    if (mServed != top) {
+        return kNoNode;
+    }
     const auto known = mNodes.find(place);
     if (known != mNodes.end()) {
         return known->second;
@@ -96,9 +99,11 @@ NodeIndex PipelineWatch::knownNode(GstPad* pad) {
 
 void PipelineWatch::serveIfFree(GstElement* element) {
     GstElement* const top = topOf(element);
-    // While a pipeline is being stopped its last frames are written: no other one waits for that.
-    const std::unique_lock guard(mMutex, std::try_to_lock);
-    if (!guard.owns_lock() || mServed == top || mIsClosed) {
+    // Another source of the same pipeline may be about to open the recorder: this one waits for it,
+    // or its first frames would be missing.
+    const std::lock_guard guard(mMutex);
+    const std::unique_lock opening(mSessionMutex, std::try_to_lock);
+    if (!opening.owns_lock() || mServed == top || mIsClosed) {
         return;
     }
     if (mServed != nullptr) {
@@ -124,13 +129,16 @@ void PipelineWatch::serveIfFree(GstElement* element) {
 }
 
 void PipelineWatch::stopServing() {
-    const std::lock_guard guard(mMutex);
-    if (mServed == nullptr) {
-        return;
+    const std::lock_guard closing(mSessionMutex);
+    {
+        const std::lock_guard guard(mMutex);
+        if (mServed == nullptr) {
+            return;
+        }
+        mServed = nullptr;
+        ++mGeneration;
+        mNodes.clear();
     }
-    mServed = nullptr;
-    ++mGeneration;
-    mNodes.clear();
     mFlow.close();
     mRecorder.close();
     const FrameRecorder::Statistics all = mRecorder.statistics();

@@ -49,7 +49,8 @@ private:
     // The same of a pad that pushes; where the recorder is free, its pipeline may be served now.
     PadState* pushingPad(GstPad* pad);
     void findPlace(PadState& state, GstPad* pad, uint64_t generation);
-    NodeIndex nodeOf(GstElement* element, GstPad* pad);
+    // `top`: of the pipeline that the element is in; none once that is no longer served.
+    NodeIndex nodeOf(GstElement* element, GstPad* pad, const GstElement* top);
     // None where no frame has come by it yet; `place`: as in mNodes.
     NodeIndex knownNode(const void* place);
     NodeIndex knownNode(GstPad* pad);
@@ -66,6 +67,9 @@ private:
     std::atomic<GstElement*> mServed{nullptr};  // its topmost element; an address only
     std::atomic<bool> mIsClosed{false};         // the recorder did not open
 
+    // Held while a session is opened or closed. A pipeline that begins while the last frames of
+    // another are written is not recorded, rather than waiting for the disk.
+    std::mutex mSessionMutex;
     std::mutex mMutex;                                  // guards all below; taken before the flow's
     std::unordered_map<const void*, NodeIndex> mNodes;  // by element, or by lane where it has some
     std::unordered_set<GstElement*> mRefused;           // that the log has told of

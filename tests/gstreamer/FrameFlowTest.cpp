@@ -35,6 +35,11 @@ protected:
         send(mSource, to, frame, mark);
         return frame;
     }
+    // The source pushes one more buffer of the same frame.
+    void givePiece(NodeIndex to, uint32_t frame, const BufferMark& mark) {
+        mFlow.arrive(to, frame, mark, mNow, mNow);
+        mFlow.callReturned(to, frame, {++mNow, 1, FrameFlow::Outcome::kTaken});
+    }
     // The element pushes a buffer into the sink. The frame that was taken for the one in it.
     uint32_t put(NodeIndex from, const BufferMark& mark, uint32_t calledWith = kNoFrame) {
         const uint32_t frame = mFlow.handOn(from, mark, {++mNow, calledWith, false, false});
@@ -165,8 +170,7 @@ TEST_F(FrameFlowTest, EqualTimes_FramesLeaveAsTheyCame) {
 TEST_F(FrameFlowTest, FrameInPieces_IsInAQueueUntilTheLastHasLeft) {
     const NodeIndex queue = node(Order::kArrival);
     const uint32_t frame = give(queue, raw(0));
-    mFlow.arrive(queue, frame, raw(0), mNow, mNow);
-    mFlow.callReturned(queue, frame, {++mNow, 1, FrameFlow::Outcome::kTaken});
+    givePiece(queue, frame, raw(0));
     EXPECT_EQ(put(queue, raw(0)), frame);
     EXPECT_TRUE(through().empty());
     EXPECT_EQ(put(queue, raw(0)), frame);
@@ -174,11 +178,47 @@ TEST_F(FrameFlowTest, FrameInPieces_IsInAQueueUntilTheLastHasLeft) {
     EXPECT_TRUE(lost().empty());
 }
 
+TEST_F(FrameFlowTest, FrameInPieces_LeavesWhileTheNextPieceIsStillBeingPutIn) {
+    const NodeIndex queue = node(Order::kArrival);
+    const uint32_t frame = give(queue, raw(0));
+    mFlow.arrive(queue, frame, raw(0), mNow, mNow);
+    EXPECT_EQ(put(queue, raw(0)), frame);
+    mFlow.callReturned(queue, frame, {++mNow, 1, FrameFlow::Outcome::kTaken});
+    EXPECT_TRUE(through().empty());
+    EXPECT_EQ(put(queue, raw(0)), frame);
+    EXPECT_EQ(through(), Frames{frame});
+}
+
+TEST_F(FrameFlowTest, PiecesWithoutATime_BelongToTheFrameBeforeThem) {
+    const NodeIndex queue = node(Order::kArrival);
+    const char memory[6] = {};
+    const BufferMark timeless[] = {{kNoTime, kNoTime, &memory[1]},
+                                   {kNoTime, kNoTime, &memory[2]},
+                                   {kNoTime, kNoTime, &memory[4]},
+                                   {kNoTime, kNoTime, &memory[5]}};
+    const uint32_t first = give(queue, raw(0, &memory[0]));
+    givePiece(queue, first, timeless[0]);
+    givePiece(queue, first, timeless[1]);
+    const uint32_t second = give(queue, raw(1, &memory[3]));
+    givePiece(queue, second, timeless[2]);
+    givePiece(queue, second, timeless[3]);
+
+    EXPECT_EQ(put(queue, raw(0, &memory[0])), first);
+    EXPECT_EQ(put(queue, timeless[0]), first);
+    EXPECT_TRUE(through().empty());
+    EXPECT_EQ(put(queue, timeless[1]), first);
+    EXPECT_EQ(through(), Frames{first});
+    EXPECT_EQ(put(queue, raw(1, &memory[3])), second);
+    EXPECT_EQ(put(queue, timeless[2]), second);
+    EXPECT_EQ(put(queue, timeless[3]), second);
+    EXPECT_EQ(through(), (Frames{first, second}));
+    EXPECT_TRUE(lost().empty());
+}
+
 TEST_F(FrameFlowTest, PieceThatNeverLeaves_IsNoLossAndHoldsUpNothing) {
     const NodeIndex joiner = node(Order::kArrival);
     const uint32_t first = give(joiner, raw(0));
-    mFlow.arrive(joiner, first, raw(0), mNow, mNow);
-    mFlow.callReturned(joiner, first, {++mNow, 1, FrameFlow::Outcome::kTaken});
+    givePiece(joiner, first, raw(0));
     EXPECT_EQ(put(joiner, raw(0)), first);
     const uint32_t second = give(joiner, raw(1));
     EXPECT_EQ(put(joiner, raw(1)), second);
