@@ -2,7 +2,7 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -13,11 +13,15 @@ namespace zk {
 // a time.
 template <typename T>
 class RingQueue {
-    static_assert(std::is_trivially_copyable_v<T>, "elements move by copying bytes");
+    static_assert(std::is_nothrow_move_constructible_v<T>, "elements move to larger memory");
+    static_assert(alignof(T) <= alignof(std::max_align_t), "what malloc gives");
 
 public:
     RingQueue() = default;
-    ~RingQueue() { std::free(mItems); }
+    ~RingQueue() {
+        reset();
+        std::free(mItems);
+    }
     RingQueue(RingQueue&& other) noexcept { swap(other); }
     RingQueue& operator=(RingQueue&& other) noexcept {
         RingQueue taken(std::move(other));
@@ -33,38 +37,51 @@ public:
     const T& front() const { return mItems[mFront]; }
 
     // False, with nothing changed, where memory is refused.
-    bool push_back(const T& item) {
-        T* const place = extend();
-        if (place != nullptr) {
-            std::memcpy(static_cast<void*>(place), &item, sizeof(T));
-        }
-        return place != nullptr;
-    }
-    // A place behind the last element, for the caller to fill. Null, with nothing changed, where
-    // memory is refused.
-    T* extend() {
+    template <typename Item>
+    bool push_back(Item&& item) {
         if (mSize == mCapacity && !reserve(mCapacity == 0 ? kFirstCapacity : mCapacity * 2)) {
-            return nullptr;
+            return false;
         }
-        return &mItems[slot(mSize++)];
+        new (&mItems[slot(mSize)]) T(std::forward<Item>(item));
+        ++mSize;
+        return true;
     }
 
     void pop_front() {
+        mItems[mFront].~T();
         mFront = slot(1);
         --mSize;
     }
+    T takeFront() {
+        T item(std::move(mItems[mFront]));
+        pop_front();
+        return item;
+    }
 
-    // `count` is at most size().
-    void dropNewest(size_t count) { mSize -= count; }
-    // Copies of `count` elements of `other` from its place `first` on; there must be room for them.
-    void append(const RingQueue& other, size_t first, size_t count) {
-        for (size_t i = first; i < first + count; ++i) {
+    // Copies of the oldest `count` elements of `other`; there must be room for them.
+    void append(const RingQueue& other, size_t count) {
+        for (size_t i = 0; i < count; ++i) {
             push_back(other.mItems[other.slot(i)]);
         }
     }
+    // Takes the newest `count` elements of `other` over; there must be room for them.
+    void takeNewest(RingQueue& other, size_t count) {
+        const size_t left = other.mSize - count;
+        for (size_t i = left; i < other.mSize; ++i) {
+            T& item = other.mItems[other.slot(i)];
+            push_back(std::move(item));
+            item.~T();
+        }
+        other.mSize = left;
+    }
 
     // Empties the queue and keeps its memory.
-    void reset() { mFront = mSize = 0; }
+    void reset() {
+        while (mSize > 0) {
+            pop_front();
+        }
+        mFront = 0;
+    }
     // Empties the queue and gives its memory back.
     void clear() { *this = RingQueue(); }
 
@@ -77,7 +94,11 @@ public:
         if (items == nullptr) {
             return false;
         }
-        copyTo(items);
+        for (size_t i = 0; i < mSize; ++i) {
+            T& item = mItems[slot(i)];
+            new (&items[i]) T(std::move(item));
+            item.~T();
+        }
         std::free(mItems);
         mItems = items;
         mCapacity = capacity;
@@ -91,15 +112,6 @@ private:
     size_t slot(size_t index) const {
         const size_t place = mFront + index;
         return place < mCapacity ? place : place - mCapacity;
-    }
-
-    void copyTo(T* items) const {
-        const size_t untilWrap = mSize < mCapacity - mFront ? mSize : mCapacity - mFront;
-        if (mSize > 0) {
-            std::memcpy(static_cast<void*>(items), mItems + mFront, untilWrap * sizeof(T));
-            std::memcpy(static_cast<void*>(items + untilWrap), mItems,
-                        (mSize - untilWrap) * sizeof(T));
-        }
     }
 
     void swap(RingQueue& other) noexcept {

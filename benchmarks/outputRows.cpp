@@ -7,6 +7,7 @@
 
 #include "benchmarks/SampleFrame.h"
 #include "benchmarks/rows.h"
+#include "frameloss/FrameLossHistory.h"
 #include "frameloss/FrameLostTxtFile.h"
 #include "platform/Files.h"
 #include "records/makeFrameContent.h"
@@ -68,17 +69,20 @@ Row dump(Device& device) {
     const auto run = [path, size = finished.size()](benchmark::State& state) {
         const FrameLostTxtFile file(1700000000000000, 1234);
         FrameLossLimit limit;
-        RingQueue<frameData> history;
-        for (uint32_t i = 0; i < kDumpedFrames; ++i) {
-            history.push_back(asBlock(typicalRecord()));
-        }
-        RingQueue<frameData> frames;
+        const frameData record = asBlock(typicalRecord());
+        FrameStock stock;
+        stock.reserve(kDumpedFrames);
+        FrameLossHistory::Frames frames;
         frames.reserve(kDumpedFrames);
         measure(
                 state, 1,
                 [&] {
                     fs::remove(path);
-                    frames.append(history, 0, kDumpedFrames);
+                    for (uint32_t i = 0; i < kDumpedFrames; ++i) {
+                        FrameStock::Place place = stock.take();
+                        *place = record;
+                        frames.push_back(std::move(place));
+                    }
                 },
                 [&](int64_t) { file.writeTxtForPreviewFrameLost(1, frames, limit); });
         std::error_code error;

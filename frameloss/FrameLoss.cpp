@@ -73,6 +73,12 @@ void FrameLoss::frameLostProcess(const frameData* frame) {
     }
 }
 
+void FrameLoss::frameLostProcess(FrameStock::Place frame) {
+    if (std::optional<FrameLossHistory::Dump> dump = mHistory.frameLostProcess(std::move(frame))) {
+        enqueueFile(std::move(*dump));
+    }
+}
+
 void FrameLoss::stop() {
     if (std::optional<FrameLossHistory::Dump> dump = mHistory.stop()) {
         enqueueFile(std::move(*dump));
@@ -88,10 +94,14 @@ void FrameLoss::enqueueFile(FrameLossHistory::Dump dump) {
         mHistory.giveBack(std::move(dump.frames));
         return;
     }
-    auto shared = std::make_shared<FrameLossHistory::Dump>(std::move(dump));
-    platform::enqueue([self = shared_from_this(), shared] {
-        --self->mWaitingFiles;
-        self->writeFile(*shared);
+    struct Task {
+        std::shared_ptr<FrameLoss> frameLoss;
+        FrameLossHistory::Dump dump;  // goes first, its frames back to where they are from
+    };
+    const auto task = std::make_shared<Task>(Task{shared_from_this(), std::move(dump)});
+    platform::enqueue([task] {
+        --task->frameLoss->mWaitingFiles;
+        task->frameLoss->writeFile(task->dump);
     });
 }
 

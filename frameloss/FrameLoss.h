@@ -36,6 +36,11 @@ public:
     // One done frame, in order of completion. Camera threads; does no file I/O. `frame` may be
     // null and lives for the call only.
     void frameLostProcess(const frameData* frame);
+    // Where a frame that is done may be copied to, for frameLostProcess to keep. Null where memory
+    // is refused.
+    FrameStock::Place place() { return mHistory.place(); }
+    // The same as above without a copy; `frame` is not null.
+    void frameLostProcess(FrameStock::Place frame);
 
     // The session ends: writes out the history for a loss that is still pending, forgets frames
     // and losses, and completes the losses, those with files under way after their last file.

@@ -12,13 +12,16 @@ constexpr size_t kFramesBeforeLoss = 30;   // one second at 30 fps
 constexpr uint32_t kFramesAfterLoss = 30;  // likewise
 constexpr size_t kLongestHistory = 99;     // frames; one more overflows
 constexpr size_t kRoom = kLongestHistory + 1;
+// A history as long as can be while another one is written, and a frame on each camera thread.
+constexpr size_t kPlaces = 2 * kRoom + 8;
 
 }  // namespace
 
 void FrameLossHistory::reserve() {
-    for (RingQueue<frameData> FrameLossHistory::*queue :
+    mStock.reserve(kPlaces);
+    for (Frames FrameLossHistory::*queue :
          {&FrameLossHistory::mFrameLostDataQueue, &FrameLossHistory::mNextDataQueue}) {
-        RingQueue<frameData> room;
+        Frames room;
         room.reserve(kRoom);  // before the lock: camera threads may be waiting for it
         const SpinLockGuard guard(mFrameLostLock);
         if ((this->*queue).capacity() == 0) {
@@ -27,7 +30,7 @@ void FrameLossHistory::reserve() {
     }
 }
 
-void FrameLossHistory::giveBack(RingQueue<frameData> frames) {
+void FrameLossHistory::giveBack(Frames frames) {
     frames.reset();
     const SpinLockGuard guard(mFrameLostLock);
     // A history without memory: the session is over, or memory was refused and will be sought anew.
@@ -55,6 +58,16 @@ std::optional<FrameLossHistory::Dump> FrameLossHistory::frameLostProcess(const f
         VDR_LOGE("VDR::frameLostProcess, frameDebugInfo is null!");
         return std::nullopt;
     }
+    FrameStock::Place copy = place();
+    if (copy == nullptr) {
+        tell(outOfMemory(), frame->frameNumber());
+        return std::nullopt;
+    }
+    memcpy_s(copy->bytes, kFrameRecordSize, frame->bytes, kFrameRecordSize);
+    return frameLostProcess(std::move(copy));
+}
+
+std::optional<FrameLossHistory::Dump> FrameLossHistory::frameLostProcess(FrameStock::Place frame) {
     const uint32_t current = frame->frameNumber();
     if (current == 0) {
         VDR_LOGE("VDR::frameLostProcess, currentDoneFrame is 0!");
@@ -63,7 +76,7 @@ std::optional<FrameLossHistory::Dump> FrameLossHistory::frameLostProcess(const f
     Step step;
     {
         const SpinLockGuard guard(mFrameLostLock);
-        step = keep(*frame, current);
+        step = keep(frame, current);
         if (step.dump.has_value()) {
             // Before anybody stops the recorder, who would find a loss without a file under way
             // and complete it, or announces another one, which would get this file.
@@ -77,20 +90,27 @@ std::optional<FrameLossHistory::Dump> FrameLossHistory::frameLostProcess(const f
     return std::move(step.dump);
 }
 
-FrameLossHistory::Step FrameLossHistory::keep(const frameData& frame, uint32_t current) {
+FrameLossHistory::Step FrameLossHistory::outOfMemory() {
+    Step step;
+    step.isOutOfMemory = true;
+    return step;
+}
+
+FrameLossHistory::Step FrameLossHistory::keep(FrameStock::Place& frame, uint32_t current) {
     if (!mFrameLostDataQueue.reserve(kRoom)) {
-        Step step;
-        step.isOutOfMemory = true;
-        return step;
+        return outOfMemory();
     }
-    memcpy_s(mFrameLostDataQueue.extend()->bytes, kFrameRecordSize, frame.bytes, kFrameRecordSize);
+    mFrameLostDataQueue.push_back(std::move(frame));
     const bool isLossPending = !mFrameLostNumQueue.empty();
+    FrameStock::Place oldest;
     // Equality only: a history that a pending loss has made longer is not trimmed.
     if (mFrameLostDataQueue.size() == kFramesBeforeLoss + 1 &&
         (!isLossPending || current < mFrameLostNumQueue.front())) {
-        mFrameLostDataQueue.pop_front();
+        oldest = mFrameLostDataQueue.takeFront();
     }
-    return isLossPending ? stepOfPendingLoss(current) : Step();
+    Step step = isLossPending ? stepOfPendingLoss(current) : Step();
+    step.oldest = std::move(oldest);
+    return step;
 }
 
 FrameLossHistory::Step FrameLossHistory::stepOfPendingLoss(uint32_t current) {
@@ -129,13 +149,12 @@ FrameLossHistory::Step FrameLossHistory::stepOfPendingLoss(uint32_t current) {
 }
 
 void FrameLossHistory::handOver(Step& step, size_t keptFrames) {
-    RingQueue<frameData> frames = std::move(mFrameLostDataQueue);
+    Frames frames = std::move(mFrameLostDataQueue);
     mFrameLostDataQueue = std::move(mNextDataQueue);
     // Where memory is refused the frames of the dump are worth more than those of a later one.
     step.isOutOfMemory = keptFrames > 0 && !mFrameLostDataQueue.reserve(kRoom);
     if (!step.isOutOfMemory) {
-        mFrameLostDataQueue.append(frames, frames.size() - keptFrames, keptFrames);
-        frames.dropNewest(keptFrames);
+        mFrameLostDataQueue.takeNewest(frames, keptFrames);
     }
     step.dump = Dump{step.front, std::move(frames), {}};
 }
@@ -173,9 +192,11 @@ void FrameLossHistory::tell(const Step& step, uint32_t current) {
 }
 
 std::optional<FrameLossHistory::Dump> FrameLossHistory::stop() {
-    const SpinLockGuard guard(mFrameLostLock);
+    mStock.clear();
     std::optional<Dump> dump;
-    RingQueue<frameData> frames = std::move(mFrameLostDataQueue);
+    Frames frames;  // freed when the lock is released
+    const SpinLockGuard guard(mFrameLostLock);
+    frames = std::move(mFrameLostDataQueue);
     if (!mFrameLostNumQueue.empty() && !mFrameLostExceedFlag && frames.size() <= kLongestHistory) {
         const uint32_t front = mFrameLostNumQueue.front();
         VDR_LOG_AS("dumpDataToFrameLostTxtFile", kLogInfo,

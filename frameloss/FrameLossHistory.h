@@ -7,6 +7,7 @@
 
 #include "base/RingQueue.h"
 #include "base/SpinLock.h"
+#include "frameloss/FrameStock.h"
 #include "frameloss/LossCompletions.h"
 #include "records/frameData.h"
 
@@ -19,14 +20,15 @@ namespace zk {
 //   lost frame passed    grows, until exactly 30 frames later all but the newest 30 go into a text
 //                        file, or until 100 frames go out whole and switch recording off
 //
-// Threads: frameLostProcess on camera threads, announcements on the service's. A done frame costs
-// one copy of 4096 bytes; a dump costs the copies of the 30 frames that stay.
+// Threads: frameLostProcess on camera threads, announcements on the service's. Nothing is copied
+// here: a done frame comes with the memory that it lies in, and a dump takes that along.
 class FrameLossHistory {
 public:
-    // One text file: its frames, and the loss that it is written for.
+    using Frames = RingQueue<FrameStock::Place>;
+    // One text file: its frames, and the loss that it is written for. Must not outlive the history.
     struct Dump {
         uint32_t lostFrame;
-        RingQueue<frameData> frames;
+        Frames frames;
         LossCompletions::File file;
     };
 
@@ -37,10 +39,13 @@ public:
     // that no frame of the session waits for it. Without it the memory comes with the frames.
     void reserve();
     // The memory of a dump that is written, for the session's next one.
-    void giveBack(RingQueue<frameData> frames);
+    void giveBack(Frames frames);
 
-    // One done frame, in order of completion: the dump that it completes, if any. `frame` may be
-    // null and lives for the call only.
+    // Where a frame that is done may be copied to. Null where memory is refused.
+    FrameStock::Place place() { return mStock.take(); }
+    // One done frame, not null, in order of completion: the dump that it completes, if any.
+    std::optional<Dump> frameLostProcess(FrameStock::Place frame);
+    // The same of a frame that lies elsewhere; `frame` may be null and lives for the call only.
     std::optional<Dump> frameLostProcess(const frameData* frame);
 
     // An accepted loss and its completion are entered together: a stop sees both or neither.
@@ -63,22 +68,26 @@ private:
         uint32_t lossCount = 0;  // pending ones, before this frame
         uint32_t front = 0;      // the first of them
         bool isOutOfMemory = false;
+        FrameStock::Place oldest;  // that need not be kept any longer
         std::optional<Dump> dump;
     };
-    Step keep(const frameData& frame, uint32_t current) VDR_REQUIRES(mFrameLostLock);
+    static Step outOfMemory();
+    // Takes the frame, unless there is no memory.
+    Step keep(FrameStock::Place& frame, uint32_t current) VDR_REQUIRES(mFrameLostLock);
     Step stepOfPendingLoss(uint32_t current) VDR_REQUIRES(mFrameLostLock);
-    // Hands the history over and keeps copies of its newest frames, so many.
+    // Hands the history over but for its newest frames, so many.
     void handOver(Step& step, size_t keptFrames) VDR_REQUIRES(mFrameLostLock);
     static void tell(const Step& step, uint32_t current);
 
     LossCompletions& mCompletions;
+    FrameStock mStock;  // before the queues, whose frames come back to it
     std::atomic<bool> mFrameLostExceedFlag{false};
 
     // Taken before the lock of the completions, never after it.
     alignas(kCacheLine) SpinLock mFrameLostLock;
-    RingQueue<frameData> mFrameLostDataQueue VDR_GUARDED_BY(mFrameLostLock);  // oldest in front
-    RingQueue<frameData> mNextDataQueue VDR_GUARDED_BY(mFrameLostLock);       // empty: its memory
-    std::deque<uint32_t> mFrameLostNumQueue VDR_GUARDED_BY(mFrameLostLock);   // in order of report
+    Frames mFrameLostDataQueue VDR_GUARDED_BY(mFrameLostLock);               // oldest in front
+    Frames mNextDataQueue VDR_GUARDED_BY(mFrameLostLock);                    // empty: its memory
+    std::deque<uint32_t> mFrameLostNumQueue VDR_GUARDED_BY(mFrameLostLock);  // in order of report
 };
 
 }  // namespace zk

@@ -37,7 +37,8 @@ FrameLostTxtFile::FrameLostTxtFile(uint64_t lostTimeStamp, uint32_t lostFrame)
     }
 }
 
-bool FrameLostTxtFile::writeTxtForPreviewFrameLost(int32_t vdrLevel, RingQueue<frameData>& frames,
+bool FrameLostTxtFile::writeTxtForPreviewFrameLost(int32_t vdrLevel,
+                                                   RingQueue<FrameStock::Place>& frames,
                                                    FrameLossLimit& limit) const {
     if (mPath[0] == '\0') {
         return false;
@@ -61,11 +62,11 @@ bool FrameLostTxtFile::writeTxtForPreviewFrameLost(int32_t vdrLevel, RingQueue<f
     return true;
 }
 
-void FrameLostTxtFile::writeLines(int32_t vdrLevel, RingQueue<frameData>& frames,
+void FrameLostTxtFile::writeLines(int32_t vdrLevel, RingQueue<FrameStock::Place>& frames,
                                   FrameLossLimit& limit, std::FILE* file) const {
     for (char line[kFrameRecordSize]; !frames.empty(); frames.pop_front()) {
         line[0] = '\0';
-        makeFrameContent(vdrLevel, frames.front().bytes, line);
+        makeFrameContent(vdrLevel, frames.front()->bytes, line);
         const size_t length = std::strlen(line);
         const size_t written = platform::writeFile(line, length, file);
         if (written < length) {

@@ -6,7 +6,7 @@
 
 #include "base/RingQueue.h"
 #include "frameloss/FrameLossLimit.h"
-#include "records/frameData.h"
+#include "frameloss/FrameStock.h"
 
 namespace zk {
 
@@ -19,7 +19,7 @@ public:
 
     // Writes the records in the columns of record level `vdrLevel`, takes each away once it is
     // written, and counts it. False where the file could not be opened: nothing is taken then.
-    bool writeTxtForPreviewFrameLost(int32_t vdrLevel, RingQueue<frameData>& frames,
+    bool writeTxtForPreviewFrameLost(int32_t vdrLevel, RingQueue<FrameStock::Place>& frames,
                                      FrameLossLimit& limit) const;
     // Tells that the file could not be opened; nothing about one without a name.
     void logOpenFailure() const;
@@ -30,7 +30,7 @@ public:
 private:
     static constexpr size_t kPathSize = 125;  // bytes, with the NUL
 
-    void writeLines(int32_t vdrLevel, RingQueue<frameData>& frames, FrameLossLimit& limit,
+    void writeLines(int32_t vdrLevel, RingQueue<FrameStock::Place>& frames, FrameLossLimit& limit,
                     std::FILE* file) const;
     void logWriteFailure(int result) const;
 

@@ -86,7 +86,7 @@ LivePhoto::Post LivePhoto::select(uint32_t start, uint32_t end) {
     }
     post.count = std::min(wanted, mOfflineVDRDataOut.size());
     if (post.records.capacity() >= post.count) {
-        post.records.append(mOfflineVDRDataOut, 0, post.count);
+        post.records.append(mOfflineVDRDataOut, post.count);
     }
     return post;
 }

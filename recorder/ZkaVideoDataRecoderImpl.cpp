@@ -234,7 +234,10 @@ void ZkaVideoDataRecoderImpl::VDRProcessing(uint32_t frameNumber) {
 }
 
 void ZkaVideoDataRecoderImpl::VDRDone(uint32_t frameNumber) {
-    frameData done;
+    // The copy that the history will keep, which serves the live photos on its way.
+    FrameStock::Place place = mFrameLoss->place();
+    frameData withoutMemory;
+    frameData& done = place != nullptr ? *place : withoutMemory;
     switch (mFrameRecordPool.complete(frameNumber, done)) {
         case FrameRecordPool::Copy::kNoSuchFrame:
             return;
@@ -246,7 +249,11 @@ void ZkaVideoDataRecoderImpl::VDRDone(uint32_t frameNumber) {
             break;
     }
     mLivePhoto.store(frameNumber, done);
-    mFrameLoss->frameLostProcess(&done);
+    if (place != nullptr) {
+        mFrameLoss->frameLostProcess(std::move(place));
+    } else {
+        mFrameLoss->frameLostProcess(&withoutMemory);
+    }
 }
 
 void ZkaVideoDataRecoderImpl::VDRDoneCount(uint32_t /*frameNumber*/, uint32_t* count) {

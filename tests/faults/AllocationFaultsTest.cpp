@@ -47,6 +47,10 @@ void* __real__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t&);
 void* __wrap__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
     return isRefused(size) ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
 }
+void* __real__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t&);
+void* __wrap__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
+    return isRefused(size) ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
+}
 void* __real__Znwm(size_t size);
 void* __wrap__Znwm(size_t size) {
     ++allocationsOfThread;
@@ -167,6 +171,19 @@ TEST_F(FramePathTest, AllocatesNothingAfterTheFirstFrame) {
             EXPECT_EQ(allocationsOfThread, before) << "frame " << number;
         }
     }
+}
+
+// A dump takes its frames' memory along and gives it back once it is written.
+TEST_F(FramePathTest, DumpsOfASession_ServeEachOtherWithTheMemoryOfTheirFrames) {
+    openSession();
+    refuseAllocations(0, 0, kFrameRecordSize);
+    for (uint32_t lost = 101; lost <= 901; lost += 100) {
+        completeFrames(lost - 69, lost);
+        announceLoss(lost, kNow + lost);
+        completeFrames(lost + 1, lost + 30);
+        EXPECT_EQ(files(kLossFolder).size(), lost / 100);
+    }
+    EXPECT_EQ(counted, 0) << "allocations of a record or more";
 }
 
 }  // namespace
