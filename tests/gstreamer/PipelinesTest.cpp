@@ -33,7 +33,8 @@ void expectWholeFrames(const std::vector<traced::Record>& records, size_t count,
         ASSERT_EQ(record.path(), path) << record.number;
         for (const traced::Node& node : record.nodes) {
             uint64_t before = 0;
-            for (const uint64_t stamp : node.info.stamps) {
+            for (int place = 0; place < 4; ++place) {
+                const uint64_t stamp = node.info.stamps[place];
                 // The source was there before its frame.
                 ASSERT_TRUE(stamp != 0 || &node == &record.nodes.front()) << node.name;
                 ASSERT_GE(stamp, before) << node.name << " of frame " << record.number;

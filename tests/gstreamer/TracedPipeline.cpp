@@ -55,9 +55,7 @@ std::map<Ids, std::string> nodeNames() {
 
 template <typename Element, size_t size>
 std::vector<Element> listOf(const Element (&elements)[size], uint8_t count) {
-    std::vector<Element> list(std::min<size_t>(count, size));
-    std::memcpy(static_cast<void*>(list.data()), elements, list.size() * sizeof(Element));
-    return list;
+    return {elements, elements + std::min<size_t>(count, size)};
 }
 
 traced::Record recordOf(const vdr1::VDRData1Layout& layout,
