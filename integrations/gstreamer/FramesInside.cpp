@@ -20,6 +20,10 @@ bool haveTimes(const BufferMark& one, const BufferMark& other) {
     return one.presentation != kNoTime && other.presentation != kNoTime;
 }
 
+bool haveDecodingTimes(const BufferMark& one, const BufferMark& other) {
+    return one.decoding != kNoTime && other.decoding != kNoTime;
+}
+
 }  // namespace
 
 // Of a frame in pieces often only the first carries its times.
@@ -66,8 +70,19 @@ FramesInside::Entry* FramesInside::at(int64_t presentation) {
 }
 
 FramesInside::Entry* FramesInside::known(const BufferMark& mark) {
-    if (Entry* entry = at(mark.presentation); entry != nullptr || mark.memory == nullptr) {
+    if (Entry* entry = at(mark.presentation); entry != nullptr) {
         return entry;
+    }
+    if (mark.presentation == kNoTime && mark.decoding != kNoTime) {
+        const auto same = std::find_if(
+                mEntries.begin(), mEntries.end(),
+                [&mark](const Entry& entry) { return entry.mark.decoding == mark.decoding; });
+        if (same != mEntries.end()) {
+            return &*same;
+        }
+    }
+    if (mark.memory == nullptr) {
+        return nullptr;
     }
     // Elements that only change times pass the memory on; the newest, since memory is used again.
     const auto same = std::find_if(mEntries.rbegin(), mEntries.rend(), [&mark](const Entry& entry) {
@@ -78,7 +93,8 @@ FramesInside::Entry* FramesInside::known(const BufferMark& mark) {
 
 FramesInside::Entry* FramesInside::likely(const BufferMark& mark, uint32_t calledWith) {
     Entry* const called = mOrder == Order::kArrival ? find(calledWith) : nullptr;
-    if (called != nullptr && !called->isOut) {
+    // One frame, and whatever else leaves in that call without a time of its own.
+    if (called != nullptr && (!called->isOut || mark.presentation == kNoTime)) {
         return called;
     }
     // What keeps the order lets all pieces of a frame go before any of the next; a decoder joins
@@ -89,7 +105,9 @@ FramesInside::Entry* FramesInside::likely(const BufferMark& mark, uint32_t calle
                 return isByPiece ? entry.pieces > 0 : !entry.isOut;
             });
     // A frame whose time is known leaves with that time, or its element makes frames of its own.
-    return oldest != mEntries.end() && !haveTimes(oldest->mark, mark) ? &*oldest : nullptr;
+    const bool isPossible = oldest != mEntries.end() && !haveTimes(oldest->mark, mark) &&
+                            !haveDecodingTimes(oldest->mark, mark);
+    return isPossible ? &*oldest : nullptr;
 }
 
 bool FramesInside::isOvertaken(Entry& entry, const BufferMark& mark) const {
@@ -97,7 +115,7 @@ bool FramesInside::isOvertaken(Entry& entry, const BufferMark& mark) const {
         return true;
     }
     ++entry.passedBy;
-    if (mark.decoding != kNoTime && entry.mark.decoding != kNoTime) {
+    if (haveDecodingTimes(entry.mark, mark)) {
         return entry.mark.decoding < mark.decoding;
     }
     // What is encoded goes in order of decoding times, and no frame is decoded after it is shown:

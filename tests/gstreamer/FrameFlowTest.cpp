@@ -215,6 +215,33 @@ TEST_F(FrameFlowTest, PiecesWithoutATime_BelongToTheFrameBeforeThem) {
     EXPECT_TRUE(lost().empty());
 }
 
+TEST_F(FrameFlowTest, PiecesThatAParserMakes_AreOfTheFrameInItsCall) {
+    const NodeIndex parser = node(Order::kArrival);
+    const BufferMark rest = {kNoTime, 0, nullptr};
+    const uint32_t frame = mFlow.handOn(mSource, encoded(0, 0), {++mNow, kNoFrame, false, true});
+    mFlow.arrive(parser, frame, encoded(0, 0), mNow, mNow);
+    EXPECT_EQ(put(parser, encoded(0, 0), frame), frame);
+    EXPECT_EQ(put(parser, rest, frame), frame);
+    EXPECT_EQ(put(parser, {}, frame), frame);
+    mFlow.callReturned(parser, frame, {++mNow, 1, FrameFlow::Outcome::kTaken});
+    mFlow.landed(mSource, frame, ++mNow);
+    EXPECT_EQ(through(), Frames{frame});
+}
+
+TEST_F(FrameFlowTest, PieceWithADecodingTimeOnly_IsOfTheFrameWithThatTimeOrOfNone) {
+    const NodeIndex queue = node(Order::kArrival);
+    const BufferMark unknown = {kNoTime, -kFrameTime, nullptr};
+    const uint32_t first = give(queue, encoded(1, 0));
+    const uint32_t second = give(queue, encoded(3, 1));
+    EXPECT_EQ(put(queue, unknown), kNoFrame) << "it came with no frame that is known";
+    givePiece(queue, second, {kNoTime, kFrameTime, nullptr});
+    EXPECT_EQ(put(queue, encoded(1, 0)), first);
+    EXPECT_EQ(put(queue, encoded(3, 1)), second);
+    EXPECT_EQ(put(queue, {kNoTime, kFrameTime, nullptr}), second);
+    EXPECT_EQ(through(), (Frames{first, second}));
+    EXPECT_TRUE(lost().empty());
+}
+
 TEST_F(FrameFlowTest, PieceThatNeverLeaves_IsNoLossAndHoldsUpNothing) {
     const NodeIndex joiner = node(Order::kArrival);
     const uint32_t first = give(joiner, raw(0));
