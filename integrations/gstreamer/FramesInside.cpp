@@ -20,6 +20,11 @@ bool haveTimes(const BufferMark& one, const BufferMark& other) {
     return one.presentation != kNoTime && other.presentation != kNoTime;
 }
 
+// What takes a frame apart gives the time to the first piece only.
+bool isLaterPiece(const FramesInside::Entry& entry, const BufferMark& mark) {
+    return entry.mark.presentation != kNoTime && mark.presentation == kNoTime;
+}
+
 }  // namespace
 
 // Of a frame in pieces often only the first carries its times.
@@ -78,7 +83,7 @@ FramesInside::Entry* FramesInside::known(const BufferMark& mark) {
 
 FramesInside::Entry* FramesInside::likely(const BufferMark& mark, uint32_t calledWith) {
     Entry* const called = mOrder == Order::kArrival ? find(calledWith) : nullptr;
-    if (called != nullptr && !called->isOut) {
+    if (called != nullptr && (!called->isOut || isLaterPiece(*called, mark))) {
         return called;
     }
     // What keeps the order lets all pieces of a frame go before any of the next; a decoder joins

@@ -215,6 +215,22 @@ TEST_F(FrameFlowTest, PiecesWithoutATime_BelongToTheFrameBeforeThem) {
     EXPECT_TRUE(lost().empty());
 }
 
+TEST_F(FrameFlowTest, FilterThatTakesFramesApart_AllPiecesAreTheFrameThatItWasCalledWith) {
+    const NodeIndex parser = node(Order::kArrival);
+    const BufferMark timeless;
+    for (int place = 0; place < 2; ++place) {
+        const uint32_t frame = mFlow.handOn(mSource, raw(place), {++mNow, kNoFrame, false, true});
+        mFlow.arrive(parser, frame, raw(place), mNow, mNow);
+        EXPECT_EQ(put(parser, raw(place), frame), frame);
+        EXPECT_EQ(put(parser, timeless, frame), frame);
+        EXPECT_EQ(put(parser, timeless, frame), frame);
+        mFlow.callReturned(parser, frame, {++mNow, 1, FrameFlow::Outcome::kTaken});
+        mFlow.landed(mSource, frame, ++mNow);
+    }
+    EXPECT_EQ(through(), (Frames{kFirst, kFirst + 1}));
+    EXPECT_TRUE(lost().empty());
+}
+
 TEST_F(FrameFlowTest, PieceThatNeverLeaves_IsNoLossAndHoldsUpNothing) {
     const NodeIndex joiner = node(Order::kArrival);
     const uint32_t first = give(joiner, raw(0));
