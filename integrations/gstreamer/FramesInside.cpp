@@ -50,15 +50,19 @@ FramesInside::Entry* FramesInside::find(uint32_t frame) {
     return found != mEntries.end() ? &*found : nullptr;
 }
 
-// The nearest, and of equal ones the first that has not left yet.
 FramesInside::Entry* FramesInside::at(int64_t presentation) {
+    return nearest(&BufferMark::presentation, presentation);
+}
+
+// Of equally near ones the first that has not left yet.
+FramesInside::Entry* FramesInside::nearest(int64_t BufferMark::*kind, int64_t time) {
     Entry* nearest = nullptr;
     int64_t least = kRounding + 1;
     for (Entry& entry : mEntries) {
-        if (presentation == kNoTime || entry.mark.presentation == kNoTime) {
+        if (time == kNoTime || entry.mark.*kind == kNoTime) {
             continue;
         }
-        const int64_t away = distance(entry.mark.presentation, presentation);
+        const int64_t away = distance(entry.mark.*kind, time);
         if (away < least || (away == least && nearest != nullptr && nearest->isOut)) {
             nearest = &entry;
             least = away;
@@ -71,12 +75,16 @@ FramesInside::Entry* FramesInside::at(int64_t presentation) {
 }
 
 FramesInside::Entry* FramesInside::known(const BufferMark& mark) {
-    if (Entry* entry = at(mark.presentation); entry != nullptr || mark.memory == nullptr) {
+    // Of a frame in pieces the later ones may have the decoding time only.
+    Entry* const entry = mark.presentation != kNoTime
+                                 ? at(mark.presentation)
+                                 : nearest(&BufferMark::decoding, mark.decoding);
+    if (entry != nullptr || mark.memory == nullptr) {
         return entry;
     }
     // Elements that only change times pass the memory on; the newest, since memory is used again.
-    const auto same = std::find_if(mEntries.rbegin(), mEntries.rend(), [&mark](const Entry& entry) {
-        return entry.mark.memory == mark.memory;
+    const auto same = std::find_if(mEntries.rbegin(), mEntries.rend(), [&mark](const Entry& other) {
+        return other.mark.memory == mark.memory;
     });
     return same != mEntries.rend() ? &*same : nullptr;
 }

@@ -215,6 +215,23 @@ TEST_F(FrameFlowTest, PiecesWithoutATime_BelongToTheFrameBeforeThem) {
     EXPECT_TRUE(lost().empty());
 }
 
+TEST_F(FrameFlowTest, PieceWithADecodingTimeOnly_TellsWhichFramesALeakyQueueHasDropped) {
+    const NodeIndex queue = node(Order::kArrival);
+    Frames frames;
+    for (int place = 0; place < 3; ++place) {
+        BufferMark later = encoded(place + 1, place);
+        later.presentation = kNoTime;
+        frames.push_back(give(queue, encoded(place + 1, place)));
+        givePiece(queue, frames.back(), later);
+    }
+    // Only the second piece of the second frame and all of the third are left.
+    BufferMark piece = encoded(2, 1);
+    piece.presentation = kNoTime;
+    EXPECT_EQ(put(queue, piece), frames[1]);
+    EXPECT_EQ(put(queue, encoded(3, 2)), frames[2]);
+    EXPECT_EQ(lost(), Frames{frames[0]});
+}
+
 TEST_F(FrameFlowTest, FilterThatTakesFramesApart_AllPiecesAreTheFrameThatItWasCalledWith) {
     const NodeIndex parser = node(Order::kArrival);
     const BufferMark timeless;
