@@ -24,6 +24,11 @@ bool haveDecodingTimes(const BufferMark& one, const BufferMark& other) {
     return one.decoding != kNoTime && other.decoding != kNoTime;
 }
 
+// What takes a frame apart gives the time to the first piece only.
+bool isLaterPiece(const FramesInside::Entry& entry, const BufferMark& mark) {
+    return entry.mark.presentation != kNoTime && mark.presentation == kNoTime;
+}
+
 }  // namespace
 
 // Of a frame in pieces often only the first carries its times.
@@ -49,15 +54,19 @@ FramesInside::Entry* FramesInside::find(uint32_t frame) {
     return found != mEntries.end() ? &*found : nullptr;
 }
 
-// The nearest, and of equal ones the first that has not left yet.
 FramesInside::Entry* FramesInside::at(int64_t presentation) {
+    return nearest(&BufferMark::presentation, presentation);
+}
+
+// Of equally near ones the first that has not left yet.
+FramesInside::Entry* FramesInside::nearest(int64_t BufferMark::*kind, int64_t time) {
     Entry* nearest = nullptr;
     int64_t least = kRounding + 1;
     for (Entry& entry : mEntries) {
-        if (presentation == kNoTime || entry.mark.presentation == kNoTime) {
+        if (time == kNoTime || entry.mark.*kind == kNoTime) {
             continue;
         }
-        const int64_t away = distance(entry.mark.presentation, presentation);
+        const int64_t away = distance(entry.mark.*kind, time);
         if (away < least || (away == least && nearest != nullptr && nearest->isOut)) {
             nearest = &entry;
             least = away;
@@ -70,31 +79,23 @@ FramesInside::Entry* FramesInside::at(int64_t presentation) {
 }
 
 FramesInside::Entry* FramesInside::known(const BufferMark& mark) {
-    if (Entry* entry = at(mark.presentation); entry != nullptr) {
+    // Of a frame in pieces the later ones may have the decoding time only.
+    Entry* const entry = mark.presentation != kNoTime
+                                 ? at(mark.presentation)
+                                 : nearest(&BufferMark::decoding, mark.decoding);
+    if (entry != nullptr || mark.memory == nullptr) {
         return entry;
     }
-    if (mark.presentation == kNoTime && mark.decoding != kNoTime) {
-        const auto same = std::find_if(
-                mEntries.begin(), mEntries.end(),
-                [&mark](const Entry& entry) { return entry.mark.decoding == mark.decoding; });
-        if (same != mEntries.end()) {
-            return &*same;
-        }
-    }
-    if (mark.memory == nullptr) {
-        return nullptr;
-    }
     // Elements that only change times pass the memory on; the newest, since memory is used again.
-    const auto same = std::find_if(mEntries.rbegin(), mEntries.rend(), [&mark](const Entry& entry) {
-        return entry.mark.memory == mark.memory;
+    const auto same = std::find_if(mEntries.rbegin(), mEntries.rend(), [&mark](const Entry& other) {
+        return other.mark.memory == mark.memory;
     });
     return same != mEntries.rend() ? &*same : nullptr;
 }
 
 FramesInside::Entry* FramesInside::likely(const BufferMark& mark, uint32_t calledWith) {
     Entry* const called = mOrder == Order::kArrival ? find(calledWith) : nullptr;
-    // One frame, and whatever else leaves in that call without a time of its own.
-    if (called != nullptr && (!called->isOut || mark.presentation == kNoTime)) {
+    if (called != nullptr && (!called->isOut || isLaterPiece(*called, mark))) {
         return called;
     }
     // What keeps the order lets all pieces of a frame go before any of the next; a decoder joins

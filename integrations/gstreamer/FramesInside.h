@@ -66,6 +66,7 @@ public:
 
 private:
     bool isOvertaken(Entry& entry, const BufferMark& mark) const;
+    Entry* nearest(int64_t BufferMark::*kind, int64_t time);
 
     const Order mOrder;
     std::vector<Entry> mEntries;

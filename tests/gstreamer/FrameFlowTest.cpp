@@ -215,30 +215,39 @@ TEST_F(FrameFlowTest, PiecesWithoutATime_BelongToTheFrameBeforeThem) {
     EXPECT_TRUE(lost().empty());
 }
 
-TEST_F(FrameFlowTest, PiecesThatAParserMakes_AreOfTheFrameInItsCall) {
-    const NodeIndex parser = node(Order::kArrival);
-    const BufferMark rest = {kNoTime, 0, nullptr};
-    const uint32_t frame = mFlow.handOn(mSource, encoded(0, 0), {++mNow, kNoFrame, false, true});
-    mFlow.arrive(parser, frame, encoded(0, 0), mNow, mNow);
-    EXPECT_EQ(put(parser, encoded(0, 0), frame), frame);
-    EXPECT_EQ(put(parser, rest, frame), frame);
-    EXPECT_EQ(put(parser, {}, frame), frame);
-    mFlow.callReturned(parser, frame, {++mNow, 1, FrameFlow::Outcome::kTaken});
-    mFlow.landed(mSource, frame, ++mNow);
-    EXPECT_EQ(through(), Frames{frame});
+TEST_F(FrameFlowTest, PieceWithADecodingTimeOnly_TellsWhichFramesALeakyQueueHasDropped) {
+    const NodeIndex queue = node(Order::kArrival);
+    Frames frames;
+    for (int place = 0; place < 3; ++place) {
+        BufferMark later = encoded(place + 1, place);
+        later.presentation = kNoTime;
+        frames.push_back(give(queue, encoded(place + 1, place)));
+        givePiece(queue, frames.back(), later);
+    }
+    // Only the second piece of the second frame and all of the third are left, behind one that came
+    // with no frame that is known.
+    BufferMark piece = encoded(0, -1);
+    piece.presentation = kNoTime;
+    EXPECT_EQ(put(queue, piece), kNoFrame);
+    piece.decoding = kFrameTime;
+    EXPECT_EQ(put(queue, piece), frames[1]);
+    EXPECT_EQ(put(queue, encoded(3, 2)), frames[2]);
+    EXPECT_EQ(lost(), Frames{frames[0]});
 }
 
-TEST_F(FrameFlowTest, PieceWithADecodingTimeOnly_IsOfTheFrameWithThatTimeOrOfNone) {
-    const NodeIndex queue = node(Order::kArrival);
-    const BufferMark unknown = {kNoTime, -kFrameTime, nullptr};
-    const uint32_t first = give(queue, encoded(1, 0));
-    const uint32_t second = give(queue, encoded(3, 1));
-    EXPECT_EQ(put(queue, unknown), kNoFrame) << "it came with no frame that is known";
-    givePiece(queue, second, {kNoTime, kFrameTime, nullptr});
-    EXPECT_EQ(put(queue, encoded(1, 0)), first);
-    EXPECT_EQ(put(queue, encoded(3, 1)), second);
-    EXPECT_EQ(put(queue, {kNoTime, kFrameTime, nullptr}), second);
-    EXPECT_EQ(through(), (Frames{first, second}));
+TEST_F(FrameFlowTest, FilterThatTakesFramesApart_AllPiecesAreTheFrameThatItWasCalledWith) {
+    const NodeIndex parser = node(Order::kArrival);
+    const BufferMark timeless;
+    for (int place = 0; place < 2; ++place) {
+        const uint32_t frame = mFlow.handOn(mSource, raw(place), {++mNow, kNoFrame, false, true});
+        mFlow.arrive(parser, frame, raw(place), mNow, mNow);
+        EXPECT_EQ(put(parser, raw(place), frame), frame);
+        EXPECT_EQ(put(parser, timeless, frame), frame);
+        EXPECT_EQ(put(parser, timeless, frame), frame);
+        mFlow.callReturned(parser, frame, {++mNow, 1, FrameFlow::Outcome::kTaken});
+        mFlow.landed(mSource, frame, ++mNow);
+    }
+    EXPECT_EQ(through(), (Frames{kFirst, kFirst + 1}));
     EXPECT_TRUE(lost().empty());
 }
 

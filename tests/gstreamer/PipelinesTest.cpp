@@ -69,6 +69,12 @@ TEST_F(PipelinesTest, NothingIsLost_EveryFrameIsRecordedWithEveryElement) {
                     "video/x-h264,alignment=nal,stream-format=byte-stream ! queue ! "
                     "fakesink name=sink",
              "videotestsrc capsfilter x264enc h264parse capsfilter queue sink", 40},
+            {"pieces that are joined again",
+             SOURCE "! x264enc ! h264parse ! "
+                    "video/x-h264,alignment=nal,stream-format=byte-stream ! queue ! h264parse ! "
+                    "video/x-h264,alignment=au ! fakesink name=sink",
+             "videotestsrc capsfilter x264enc h264parse capsfilter queue h264parse capsfilter sink",
+             40},
             {"packets, several of a frame",
              SOURCE "! x264enc ! rtph264pay mtu=100 ! fakesink name=sink",
              "videotestsrc capsfilter x264enc rtph264pay sink", 40},
