@@ -6,6 +6,12 @@
 namespace zk {
 
 void FrameStock::reserve(size_t places) {
+    {
+        const SpinLockGuard guard(mStockLock);
+        if (mFree.capacity() > 0) {
+            return;
+        }
+    }
     // Before the lock: camera threads may be waiting for it.
     RingQueue<std::unique_ptr<frameData>> reserved;
     if (!reserved.reserve(places)) {

@@ -32,7 +32,7 @@ public:
     void reserve(size_t places);
     // A place for one frame, its bytes undefined. Null where memory is refused.
     Place take();
-    // Gives free memory back, and what comes back from now on as well.
+    // Gives free memory back but for one place, and what comes back from now on as well.
     void clear();
 
 private:
