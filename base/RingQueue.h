@@ -66,13 +66,12 @@ public:
     }
     // Takes the newest `count` elements of `other` over; there must be room for them.
     void takeNewest(RingQueue& other, size_t count) {
-        const size_t left = other.mSize - count;
-        for (size_t i = left; i < other.mSize; ++i) {
-            T& item = other.mItems[other.slot(i)];
-            push_back(std::move(item));
-            item.~T();
+        for (size_t i = other.mSize - count; i < other.mSize; ++i) {
+            push_back(std::move(other.mItems[other.slot(i)]));
         }
-        other.mSize = left;
+        for (; count > 0; --count) {
+            other.mItems[other.slot(--other.mSize)].~T();
+        }
     }
 
     // Empties the queue and keeps its memory.
@@ -94,15 +93,15 @@ public:
         if (items == nullptr) {
             return false;
         }
-        for (size_t i = 0; i < mSize; ++i) {
-            T& item = mItems[slot(i)];
-            new (&items[i]) T(std::move(item));
-            item.~T();
+        const size_t size = mSize;
+        for (size_t i = 0; i < size; ++i) {
+            new (&items[i]) T(std::move(mItems[slot(i)]));
         }
+        reset();
         std::free(mItems);
         mItems = items;
         mCapacity = capacity;
-        mFront = 0;
+        mSize = size;
         return true;
     }
 
