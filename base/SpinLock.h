@@ -27,19 +27,31 @@ namespace zk {
 // starts a line, so that what it guards comes along with it and its neighbours stay where they are.
 inline constexpr size_t kCacheLine = 64;
 
-// The recorder's one kind of lock: one byte, no kernel object. Whoever has to wait naps between
-// attempts, so that the holder gets the processor. Most holders copy a record or change a
-// container; where one does more, a log line or the disk, the class that has the lock says so. Not
-// recursive; docs/architecture.md says which may be taken while another is held.
+// The recorder's one kind of lock: one byte, no kernel object. Whoever has to wait looks again for
+// one to three microseconds and then naps between attempts, so that the holder gets the processor.
+// Most holders copy a record or change a container; where one does more, a log line or the disk,
+// the class that has the lock says so. Not recursive; docs/architecture.md says which may be taken
+// while another is held.
 class VDR_CAPABILITY("SpinLock") SpinLock {
 public:
     SpinLock() = default;
     SpinLock(const SpinLock&) = delete;
     SpinLock& operator=(const SpinLock&) = delete;
 
-    // It naps at once: looking again for some microseconds first made the longest thousandth of
-    // waits no shorter, since there the holder itself waits for a processor.
+    // A nap takes some sixty times as long as a holder does, and whoever wakes from one pushes
+    // another thread off its processor: with four threads on two, the longest thousandth of field
+    // writes, which take no lock, is ten times shorter for the look before it. Alone it costs
+    // nothing.
     void lock() VDR_ACQUIRE() {
+        if (seize()) {
+            return;
+        }
+        for (int i = 0; i < kLooks; ++i) {
+            if (!mLocked.load(std::memory_order_relaxed) && seize()) {
+                return;
+            }
+            pause();
+        }
         while (!seize()) {
             usleep(kNapMicroseconds);
         }
@@ -55,7 +67,17 @@ public:
     void assertHeld() const VDR_ASSERT_CAPABILITY(this) {}
 
 private:
+    static constexpr int kLooks = 64;  // one to three microseconds, several records' copies
     static constexpr useconds_t kNapMicroseconds = 10;
+
+    // Tells the processor that this thread waits for another.
+    static void pause() {
+#if defined(__x86_64__)
+        __builtin_ia32_pause();
+#elif defined(__aarch64__)
+        asm volatile("yield");
+#endif
+    }
 
     // Never fails on a free lock: that would cost a nap.
     bool seize() {
