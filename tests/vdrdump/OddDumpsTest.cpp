@@ -9,6 +9,7 @@
 #include "records/frameData.h"
 #include "tests/vdrdump/Dumps.h"
 #include "tests/vdrdump/Program.h"
+#include "tools/record/Record.h"
 
 namespace vdrdump::test {
 namespace {
@@ -33,6 +34,16 @@ std::vector<Frame> someFrames() {
 
 std::string binary() {
     return binaryOf(someFrames());
+}
+
+// Frames 240 to 279; a value is 256 in all of them.
+std::string withValue256() {
+    std::vector<Frame> frames;
+    for (uint32_t number = 240; number < 280; ++number) {
+        frames.push_back(frame(number));
+        frames.back().setGmeNcsDep = 256;
+    }
+    return binaryOf(frames);
 }
 
 std::string text() {
@@ -145,6 +156,14 @@ const OddDump kOddDumps[] = {
          "offset 81920: expected a record of 4096 bytes, found 5 and the next whole record behind "
          "them",
          {"session 1       39 records, frames 1 to 40", "missing       1: 22"}},
+        // Where frame 256 would begin were frame 255 whole, that value is read.
+        {"ShortWriteInFrontOfAValueLikeTheNextNumber",
+         "a.bin",
+         with(withValue256(), 15 * kBlock + kBlock - offsetof(Layout, setGmeNcsDep), 16 * kBlock,
+              ""),
+         "offset 61440: expected a record of 4096 bytes, found 562 and the next whole record "
+         "behind them",
+         {"session 1       40 records, frames 240 to 279", "missing       0", "cut records     1"}},
         {"BytesInFrontOfABlockOnceMore",
          "a.bin",
          with(with(binary(), 25 * kBlock, 25 * kBlock, std::string(kBlock - 256, '\xc8')),

@@ -11,13 +11,6 @@ namespace {
 
 constexpr size_t kBlock = zk::kFrameRecordSize;
 
-// Records that begin at `at` end where others begin at `inStep`. What counts beside the frame
-// numbers, as values in a record do, goes on.
-bool countsOn(const BlockView& view, size_t at, size_t inStep) {
-    return !view.holds(at + inStep, sizeof(uint32_t)) ||
-           BlockView::isNear(view.number(at), view.number(at + inStep));
-}
-
 }  // namespace
 
 BinaryReader::BinaryReader(ByteWindow& window, DamageLog& damage)
@@ -67,11 +60,11 @@ bool BinaryReader::next(Record& record) {
     }
 }
 
-BinaryReader::Step BinaryReader::step(const BlockView& view) const {
-    if (view.holds(0, 2 * kBlock) && BlockView::isNear(mLast, view.number(0)) &&
-        BlockView::follows(view.number(0), view.number(kBlock)) && view.isSound(0)) {
+BinaryReader::Step BinaryReader::step(const BlockView& view) {
+    if (countsOn(view)) {
         return {Step::Kind::Record, kBlock};
     }
+    mCounted = 0;
     const size_t zeros = view.zeros();
     if (zeros >= std::min(kBlock, view.size())) {
         return {Step::Kind::Zeros, zeros};
@@ -79,34 +72,61 @@ BinaryReader::Step BinaryReader::step(const BlockView& view) const {
     return outOfStep(view);
 }
 
-// The block in front does not simply count on. It is whole when those behind it bear that out, it
-// is cut when another record begins inside it, and it is none when neither look nor number is that
-// of a record.
+// Two are too few: behind a cut record, the next place in step lies inside another, where a number
+// may be read that goes on.
+bool BinaryReader::countsOn(const BlockView& view) {
+    if (!view.holds(0, BlockView::kBeyondDoubt * kBlock) ||
+        !BlockView::isNear(mLast, view.number(0))) {
+        return false;
+    }
+    for (; mCounted < BlockView::kBeyondDoubt; ++mCounted) {
+        const size_t at = mCounted * kBlock;
+        const bool goesOn =
+                at == 0 || BlockView::follows(view.number(at - kBlock), view.number(at));
+        if (!goesOn || !view.isSound(at)) {
+            return false;
+        }
+    }
+    --mCounted;
+    return true;
+}
+
+// The block in front does not simply count on. It is cut when another record begins inside it, and
+// it is none when neither look nor number is that of a record.
 BinaryReader::Step BinaryReader::outOfStep(const BlockView& view) const {
     const bool isWhole = view.holds(0);
     const bool isNext = view.holds(0, sizeof(uint32_t)) && BlockView::isNear(mLast, view.number(0));
     const bool isRecord = isNext || (isWhole ? view.hasTail(0) : mPassed == 0);
-    const uint32_t last = isNext || (mIsFirst && isWhole) ? view.number(0) : mLast;
-    const Step whole{isRecord ? Step::Kind::Record : Step::Kind::Pass, kBlock};
-    const size_t inStep = isWhole ? view.findInStep(kBlock, last) : BlockView::kNowhere;
-    const bool isBorneOut = inStep != BlockView::kNowhere;
-    const bool isTrusted = isBorneOut && (!mIsFirst || view.isChain(0, last));
-    if (isTrusted && inStep == kBlock) {
-        return whole;
-    }
     const size_t end = std::min(kBlock, view.size());
-    const size_t at = view.findChain(1, end, last);
-    if (at != end && !(isTrusted && countsOn(view, at, inStep))) {
+    const size_t at = isWhole ? findRecordInside(view, isNext) : end;
+    if (at != end) {
         const bool isCut = BlockView::isNear(view.number(at), view.number(0));
         return {isCut ? Step::Kind::CutRecord : Step::Kind::Pass, at};
-    }
-    if (isBorneOut) {
-        return whole;
     }
     if (!isRecord) {
         return {Step::Kind::Pass, end};
     }
     return {isWhole ? Step::Kind::Record : Step::Kind::CutRecord, end};
+}
+
+// Values in a record may count beside the frame numbers, and look like records of their own. They
+// do so wherever records in step are, and are no more than those.
+size_t BinaryReader::findRecordInside(const BlockView& view, bool isNext) const {
+    const uint32_t last = isNext || mIsFirst ? view.number(0) : mLast;
+    const BlockView::Run inStep = view.runFrom(kBlock, last);
+    if (inStep.at == kBlock && inStep.isBeyondDoubt()) {
+        return kBlock;
+    }
+    const size_t at = view.findChain(1, kBlock, last);
+    if (at == kBlock || inStep.at == BlockView::kNowhere) {
+        return at;
+    }
+    const bool isInStepToo = !view.holds(at + inStep.at, sizeof(uint32_t)) ||
+                             BlockView::isNear(view.number(at), view.number(at + inStep.at));
+    const uint32_t due = last + (isNext || mIsFirst ? 1 : 2);
+    const bool isLess =
+            view.countInPlace(kBlock, due) >= 2 || view.runFrom(at, last).weight <= inStep.weight;
+    return isInStepToo && isLess ? kBlock : at;
 }
 
 void BinaryReader::pass(size_t size) {

@@ -38,7 +38,6 @@ bool BlockView::isSound(size_t at) const {
 }
 
 bool BlockView::isChain(size_t at, uint32_t last) const {
-    constexpr size_t kBeyondDoubt = 3;
     if (!holds(at) || !isSound(at)) {
         return false;
     }
@@ -58,40 +57,64 @@ bool BlockView::isChain(size_t at, uint32_t last) const {
     return length == kBeyondDoubt || goesOn || isLast;
 }
 
-size_t BlockView::findInStep(size_t at, uint32_t last) const {
-    if (at >= mSize) {
-        return mIsEnd ? at : kNowhere;
-    }
+BlockView::Run BlockView::runFrom(size_t at, uint32_t last) const {
+    Run best{kNowhere, 0};
     for (; holds(at); at += kBlock) {
-        if (isSound(at) && (isNear(last, number(at)) || isChain(at, last))) {
-            return at;
+        if (isSound(at)) {
+            const size_t weight = countFrom(at) + (isNear(last, number(at)) ? kGoesOn : 0);
+            if (weight > best.weight) {
+                best = {at, weight};
+            }
         }
     }
-    return mIsEnd && holds(at, sizeof(uint32_t)) && isNear(last, number(at)) ? at : kNowhere;
+    return best;
+}
+
+size_t BlockView::countInPlace(size_t at, uint32_t due) const {
+    size_t count = 0;
+    for (; holds(at); at += kBlock, ++due) {
+        count += number(at) == due && isSound(at) ? 1 : 0;
+    }
+    return count;
+}
+
+// Those that count on from the one at `at`, and that one.
+size_t BlockView::countFrom(size_t at) const {
+    size_t count = 0;
+    uint32_t last = 0;
+    for (; holds(at, sizeof(uint32_t)); at += kBlock) {
+        const bool isBlock = holds(at) ? isSound(at) : mIsEnd;
+        if (isBlock && (count == 0 || follows(last, number(at)))) {
+            ++count;
+            last = number(at);
+        }
+    }
+    return count;
 }
 
 size_t BlockView::findChain(size_t from, size_t end, uint32_t last) const {
-    constexpr size_t kWord =
-            sizeof(uint32_t);  // a number read from up to this far in front is none
     size_t best = end;
     uint32_t leastStep = UINT32_MAX;
     for (size_t at = from; at < std::min(end, mSize); ++at) {
-        if (best != end && at >= best + kWord) {
-            break;
-        }
         if (!isChain(at, last)) {
             continue;
         }
-        const bool hasNext = holds(at + kBlock, kWord);
-        const uint32_t step = isNear(last, number(at)) ? 0
-                              : hasNext                ? number(at + kBlock) - number(at)
-                                                       : kNear;
+        const uint32_t step = stepTo(at, last);
         if (step < leastStep) {
             leastStep = step;
             best = at;
         }
     }
     return best;
+}
+
+// The less, the likelier a record begins at `at`: one that goes on from `last`, then any other.
+uint32_t BlockView::stepTo(size_t at, uint32_t last) const {
+    const uint32_t here = number(at);
+    if (isNear(last, here)) {
+        return here > last ? here - last : kNear + last - here;
+    }
+    return 2 * kNear + (holds(at + kBlock, sizeof(uint32_t)) ? number(at + kBlock) - here : kNear);
 }
 
 size_t BlockView::zeros() const {
