@@ -123,10 +123,14 @@ size_t BinaryReader::findRecordInside(const BlockView& view, bool isNext) const 
     }
     const bool isInStepToo = !view.holds(at + inStep.at, sizeof(uint32_t)) ||
                              BlockView::isNear(view.number(at), view.number(at + inStep.at));
+    if (!isInStepToo) {
+        return at;
+    }
+    const BlockView::Run inside = view.runFrom(at, last);
     const uint32_t due = last + (isNext || mIsFirst ? 1 : 2);
-    const bool isLess =
-            view.countInPlace(kBlock, due) >= 2 || view.runFrom(at, last).weight <= inStep.weight;
-    return isInStepToo && isLess ? kBlock : at;
+    const bool isInStep = view.countInPlace(kBlock, due) >= 2 || inside.weight <= inStep.weight ||
+                          (inStep.goesOn() && !inside.isBeyondDoubt());
+    return isInStep ? kBlock : at;
 }
 
 void BinaryReader::pass(size_t size) {

@@ -57,10 +57,15 @@ bool BlockView::isChain(size_t at, uint32_t last) const {
     return length == kBeyondDoubt || goesOn || isLast;
 }
 
+// A cut record at the end of the dump has no tail that could be looked at.
+bool BlockView::mayBegin(size_t at) const {
+    return holds(at) ? isSound(at) : mIsEnd && holds(at, sizeof(uint32_t));
+}
+
 BlockView::Run BlockView::runFrom(size_t at, uint32_t last) const {
     Run best{kNowhere, 0};
-    for (; holds(at); at += kBlock) {
-        if (isSound(at)) {
+    for (; at < mSize; at += kBlock) {
+        if (mayBegin(at)) {
             const size_t weight = countFrom(at) + (isNear(last, number(at)) ? kGoesOn : 0);
             if (weight > best.weight) {
                 best = {at, weight};
@@ -80,11 +85,10 @@ size_t BlockView::countInPlace(size_t at, uint32_t due) const {
 
 // Those that count on from the one at `at`, and that one.
 size_t BlockView::countFrom(size_t at) const {
-    size_t count = 0;
-    uint32_t last = 0;
-    for (; holds(at, sizeof(uint32_t)); at += kBlock) {
-        const bool isBlock = holds(at) ? isSound(at) : mIsEnd;
-        if (isBlock && (count == 0 || follows(last, number(at)))) {
+    size_t count = 1;
+    uint32_t last = number(at);
+    while ((at += kBlock) < mSize) {
+        if (mayBegin(at) && follows(last, number(at))) {
             ++count;
             last = number(at);
         }

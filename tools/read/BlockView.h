@@ -36,6 +36,7 @@ public:
         size_t at;      // where its first record begins, kNowhere where there is none
         size_t weight;  // its records, and some more where they go on from the last one known
 
+        bool goesOn() const { return weight > kGoesOn; }
         bool isBeyondDoubt() const { return weight >= kBeyondDoubt + kGoesOn; }
     };
     // Of the records at `at` and in steps of a block from there, the most that count on from each
@@ -55,6 +56,7 @@ public:
     static bool isNear(uint32_t a, uint32_t b);
 
 private:
+    bool mayBegin(size_t at) const;
     size_t countFrom(size_t at) const;
     uint32_t stepTo(size_t at, uint32_t last) const;
 
