@@ -1,8 +1,10 @@
 #include "tools/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <sstream>
 
 #include "tools/optionValues.h"
+#include "tools/output/Output.h"
 #include "tools/output/printablePath.h"
 
 namespace vdrdump {
@@ -232,7 +234,11 @@ std::string unexpected(const CLI::App& app, const std::string& word) {
 // Says what is wrong, or gives the help that was asked for.
 int answer(const CLI::App& app, const CLI::ParseError& error, int argc, const char* const* argv) {
     if (error.get_exit_code() == 0) {
-        return app.exit(error);
+        std::ostringstream text;  // what was asked for: help, version
+        app.exit(error, text);
+        Output output("-");
+        output.append(text.str());
+        return output.finish() ? 0 : 1;
     }
     std::string word = app.get_subcommands().empty() && argc > 1 ? argv[1] : "";
     if (const auto remaining = app.remaining(true); word.empty() && !remaining.empty()) {
