@@ -115,10 +115,12 @@ BinaryReader::Step BinaryReader::outOfStep(const BlockView& view) const {
 // happen to. Hence the place inside must be borne out by far more.
 size_t BinaryReader::findRecordInside(const BlockView& view, bool isNext) const {
     const uint32_t last = isNext || mIsFirst ? view.number(0) : mLast;
+    const size_t needed = 2 * view.countFrom(kBlock, last) + 2;
+    if (needed > BlockView::kCompared + 1) {  // more than any place inside can have
+        return kBlock;
+    }
     const size_t at = view.findChain(1, kBlock, last);
-    const bool isBorneOut =
-            at != kBlock && view.countFrom(at, last) > 2 * view.countFrom(kBlock, last) + 1;
-    return isBorneOut ? at : kBlock;
+    return at != kBlock && view.countFrom(at, last) >= needed ? at : kBlock;
 }
 
 void BinaryReader::pass(size_t size) {
