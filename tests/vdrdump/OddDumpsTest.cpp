@@ -46,6 +46,23 @@ std::string withValue256() {
     return binaryOf(frames);
 }
 
+// Frames 1 to `last` with a value that counts two a frame.
+std::string withCountingValue(uint32_t last) {
+    std::vector<Frame> frames;
+    for (uint32_t number = 1; number <= last; ++number) {
+        frames.push_back(frame(number));
+        frames.back().ae_af_awb_info.words[0] = 2 * number;
+    }
+    return binaryOf(frames);
+}
+
+// Frames 1 to 40; 22 is cut, and the two behind it have changed places.
+std::string withCutInFrontOfALateFrame() {
+    std::vector<Frame> frames = someFrames();
+    std::swap(frames[22], frames[23]);
+    return binaryOf(frames).erase(21 * kBlock + 2743, kBlock - 2743);
+}
+
 std::string text() {
     return textOf(someFrames());
 }
@@ -164,6 +181,19 @@ const OddDump kOddDumps[] = {
          "offset 61440: expected a record of 4096 bytes, found 562 and the next whole record "
          "behind them",
          {"session 1       40 records, frames 240 to 279", "missing       0", "cut records     1"}},
+        {"ShortWriteInFrontOfALateFrame",
+         "a.bin",
+         withCutInFrontOfALateFrame(),
+         "offset 86016: expected a record of 4096 bytes, found 2743 and the next whole record "
+         "behind them",
+         {"session 1       40 records, frames 1 to 40", "missing       0", "cut records     1"}},
+        // In each session's last records, as few go on from those in step as from the values.
+        {"ValueThatCountsAsFrameNumbersDo",
+         "a.bin",
+         withCountingValue(12) + withCountingValue(9),
+         "",
+         {"session 1       12 records, frames 1 to 12", "session 2       9 records, frames 1 to 9",
+          "damage          none"}},
         {"BytesInFrontOfABlockOnceMore",
          "a.bin",
          with(with(binary(), 25 * kBlock, 25 * kBlock, std::string(kBlock - 256, '\xc8')),

@@ -50,8 +50,8 @@ bool BinaryReader::next(Record& record) {
         }
         // A damaged number is nothing to go on from.
         if (mIsFirst || BlockView::isNear(mLast, record.frame()) ||
-            (view.holds(kBlock, sizeof(uint32_t)) &&
-             BlockView::follows(record.frame(), view.number(kBlock)))) {
+            (view.holds(next.size, sizeof(uint32_t)) &&
+             BlockView::follows(record.frame(), view.number(next.size)))) {
             mLast = record.frame();
         }
         mIsFirst = false;
@@ -109,28 +109,18 @@ BinaryReader::Step BinaryReader::outOfStep(const BlockView& view) const {
     return {isWhole ? Step::Kind::Record : Step::Kind::CutRecord, end};
 }
 
-// Values in a record may count beside the frame numbers, and look like records of their own. They
-// do so wherever records in step are, and are no more than those.
+// Values in a record may count as the frame numbers do, so that a record seems to begin at each of
+// them, all along the dump; those in step then count on as well, but for late frames, gaps and ends
+// of sessions. Behind a cut record hardly anything counts on in step, at most a value or two that
+// happen to. Hence the place inside must be borne out by far more.
 size_t BinaryReader::findRecordInside(const BlockView& view, bool isNext) const {
     const uint32_t last = isNext || mIsFirst ? view.number(0) : mLast;
-    const BlockView::Run inStep = view.runFrom(kBlock, last);
-    if (inStep.at == kBlock && inStep.isBeyondDoubt()) {
+    const size_t needed = 2 * view.countFrom(kBlock, last) + 2;
+    if (needed > BlockView::kCompared + 1) {  // more than any place inside can have
         return kBlock;
     }
     const size_t at = view.findChain(1, kBlock, last);
-    if (at == kBlock || inStep.at == BlockView::kNowhere) {
-        return at;
-    }
-    const bool isInStepToo = !view.holds(at + inStep.at, sizeof(uint32_t)) ||
-                             BlockView::isNear(view.number(at), view.number(at + inStep.at));
-    if (!isInStepToo) {
-        return at;
-    }
-    const BlockView::Run inside = view.runFrom(at, last);
-    const uint32_t due = last + (isNext || mIsFirst ? 1 : 2);
-    const bool isInStep = view.countInPlace(kBlock, due) >= 2 || inside.weight <= inStep.weight ||
-                          (inStep.goesOn() && !inside.isBeyondDoubt());
-    return isInStep ? kBlock : at;
+    return at != kBlock && view.countFrom(at, last) >= needed ? at : kBlock;
 }
 
 void BinaryReader::pass(size_t size) {

@@ -10,6 +10,10 @@ namespace {
 
 constexpr uint32_t kNear = 80;  // frames that the recorder keeps at once
 
+uint32_t apart(uint32_t a, uint32_t b) {
+    return a > b ? a - b : b - a;
+}
+
 bool isZero(const uint8_t* bytes, size_t size) {
     return size == 0 || (bytes[0] == 0 && std::memcmp(bytes, bytes + 1, size - 1) == 0);
 }
@@ -43,12 +47,12 @@ bool BlockView::isChain(size_t at, uint32_t last) const {
     }
     size_t length = 1;
     size_t next = at + kBlock;
-    while (length < kBeyondDoubt && holds(next) && follows(number(next - kBlock), number(next)) &&
+    while (length < kBeyondDoubt && holds(next) && isNear(number(next - kBlock), number(next)) &&
            isSound(next)) {
         ++length;
         next += kBlock;
     }
-    const bool goesOn = follows(last, number(at));
+    const bool goesOn = isNear(last, number(at));
     const bool isLast = mIsEnd && !holds(next);
     if (length == 1) {
         const bool isNumberAhead = holds(next, sizeof(uint32_t));
@@ -57,43 +61,14 @@ bool BlockView::isChain(size_t at, uint32_t last) const {
     return length == kBeyondDoubt || goesOn || isLast;
 }
 
-// A cut record at the end of the dump has no tail that could be looked at.
-bool BlockView::mayBegin(size_t at) const {
-    return holds(at) ? isSound(at) : mIsEnd && holds(at, sizeof(uint32_t));
-}
-
-BlockView::Run BlockView::runFrom(size_t at, uint32_t last) const {
-    Run best{kNowhere, 0};
-    for (; at < mSize; at += kBlock) {
-        if (mayBegin(at)) {
-            const size_t weight = countFrom(at) + (isNear(last, number(at)) ? kGoesOn : 0);
-            if (weight > best.weight) {
-                best = {at, weight};
-            }
-        }
-    }
-    return best;
-}
-
-size_t BlockView::countInPlace(size_t at, uint32_t due) const {
+size_t BlockView::countFrom(size_t at, uint32_t last) const {
     size_t count = 0;
-    for (; holds(at); at += kBlock, ++due) {
-        count += number(at) == due && isSound(at) ? 1 : 0;
+    const size_t end = at + kCompared * kBlock;
+    for (; at < end && holds(at, mIsEnd ? sizeof(uint32_t) : kBlock); at += kBlock) {
+        count += follows(last, number(at)) && (!holds(at) || isSound(at)) ? 1 : 0;
+        last = number(at);
     }
-    return count;
-}
-
-// Those that count on from the one at `at`, and that one.
-size_t BlockView::countFrom(size_t at) const {
-    size_t count = 1;
-    uint32_t last = number(at);
-    while ((at += kBlock) < mSize) {
-        if (mayBegin(at) && follows(last, number(at))) {
-            ++count;
-            last = number(at);
-        }
-    }
-    return count;
+    return count + (mIsEnd && at == mSize ? 1 : 0);
 }
 
 size_t BlockView::findChain(size_t from, size_t end, uint32_t last) const {
@@ -118,7 +93,8 @@ uint32_t BlockView::stepTo(size_t at, uint32_t last) const {
     if (isNear(last, here)) {
         return here > last ? here - last : kNear + last - here;
     }
-    return 2 * kNear + (holds(at + kBlock, sizeof(uint32_t)) ? number(at + kBlock) - here : kNear);
+    const size_t next = at + kBlock;
+    return 2 * kNear + (holds(next, sizeof(uint32_t)) ? apart(here, number(next)) : kNear);
 }
 
 size_t BlockView::zeros() const {

@@ -12,9 +12,8 @@ namespace vdrdump {
 class BlockView {
 public:
     static constexpr size_t kBlock = zk::kFrameRecordSize;
-    static constexpr size_t kNowhere = SIZE_MAX;
     static constexpr size_t kBeyondDoubt = 3;  // records in a row that prove each other
-    static constexpr size_t kGoesOn = 2;       // what going on from the last record weighs
+    static constexpr size_t kCompared = 5;     // records that two places are compared by
 
     // `isEnd`: the dump ends behind these bytes.
     BlockView(const uint8_t* bytes, size_t size, bool isEnd)
@@ -29,24 +28,16 @@ public:
     bool hasTail(size_t at) const;
     // Counts within their arrays, too.
     bool isSound(size_t at) const;
-    // Sound, and those behind it count on from it: where a record begins, beyond doubt. Where few
-    // are behind it, it counts on from `last`, the number of the last record known.
+    // Sound, and those behind it have numbers near: where a record may begin. Where few are behind
+    // it, its own is near `last`, the number of the last record known.
     bool isChain(size_t at, uint32_t last) const;
-    struct Run {
-        size_t at;      // where its first record begins, kNowhere where there is none
-        size_t weight;  // its records, and some more where they go on from the last one known
+    // How many of the first few records at `at` and in steps of a block from there count on from
+    // the one in front of them, which is `last` for the first; one more where the dump ends in
+    // step.
+    size_t countFrom(size_t at, uint32_t last) const;
 
-        bool goesOn() const { return weight > kGoesOn; }
-        bool isBeyondDoubt() const { return weight >= kBeyondDoubt + kGoesOn; }
-    };
-    // Of the records at `at` and in steps of a block from there, the most that count on from each
-    // other.
-    Run runFrom(size_t at, uint32_t last) const;
-    // How many of them have the number that is due in their place: `due` at `at`, and so on.
-    size_t countInPlace(size_t at, uint32_t due) const;
-
-    // Where, from `from` on, a record begins before `end`; `end` where none does. Other places may
-    // look like one, too: a number soon after `last` goes first, then one that counts up slowly.
+    // The likeliest of the chains that begin from `from` on and before `end`; `end` where none
+    // does. A number soon after `last` goes first, then one whose next is close.
     size_t findChain(size_t from, size_t end, uint32_t last) const;
 
     // Leading zeros.
@@ -56,8 +47,6 @@ public:
     static bool isNear(uint32_t a, uint32_t b);
 
 private:
-    bool mayBegin(size_t at) const;
-    size_t countFrom(size_t at) const;
     uint32_t stepTo(size_t at, uint32_t last) const;
 
     const uint8_t* const mBytes;
