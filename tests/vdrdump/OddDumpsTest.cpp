@@ -77,6 +77,15 @@ std::string withNumber(std::string dump, size_t record, uint32_t number) {
     return dump;
 }
 
+// Frames 67296 to 67319; of the first, one byte is there, and the number of 67301 is damaged.
+std::string withOneByteOfTheFirst() {
+    std::vector<Frame> frames;
+    for (uint32_t number = 67296; number < 67320; ++number) {
+        frames.push_back(frame(number));
+    }
+    return withNumber(binaryOf(frames), 5, 4000000000).erase(1, kBlock - 1);
+}
+
 std::string withoutLine(std::string lines, uint32_t number) {
     const size_t at = lines.find("\n" + std::to_string(number) + ",") + 1;
     return lines.erase(at, lines.find('\n', at) + 1 - at);
@@ -187,6 +196,15 @@ const OddDump kOddDumps[] = {
          "offset 86016: expected a record of 4096 bytes, found 2743 and the next whole record "
          "behind them",
          {"session 1       40 records, frames 1 to 40", "missing       0", "cut records     1"}},
+        // With the bytes behind it that one looks like a number, and the next in step like its
+        // successor.
+        {"OneByteOfTheFirstRecord",
+         "a.bin",
+         withOneByteOfTheFirst(),
+         "offset 0: expected a record, passed 1 byte to the next whole record\nvdrdump: FILE: "
+         "offset "
+         "16385: expected a frame number near 67300, found 4000000000",
+         {"session 1       23 records, frames 67297 to 67319"}},
         // In each session's last records, as few go on from those in step as from the values.
         {"ValueThatCountsAsFrameNumbersDo",
          "a.bin",

@@ -120,7 +120,12 @@ size_t BinaryReader::findRecordInside(const BlockView& view, bool isNext) const 
         return kBlock;
     }
     const size_t at = view.findChain(1, kBlock, last);
-    return at != kBlock && view.countFrom(at, last) >= needed ? at : kBlock;
+    if (at == kBlock) {
+        return kBlock;
+    }
+    // Where the first record is cut, its number may be, too: nothing is known to go on from.
+    const uint32_t before = mIsFirst ? view.number(at) - 1 : last;
+    return view.countFrom(at, before) >= needed ? at : kBlock;
 }
 
 void BinaryReader::pass(size_t size) {

@@ -98,7 +98,9 @@ void InfoSink::lossLines(const LossFinder& losses) {
 void InfoSink::damageLines(const DamageLog& damage) {
     countLine("zero records", damage.count(Damage::ZeroRecord));
     countLine("cut records", damage.count(Damage::CutRecord));
-    countLine("passed", damage.passed(), " bytes that are no whole record");
+    countLine("passed", damage.passed(),
+              damage.passed() == 1 ? " byte that is no whole record"
+                                   : " bytes that are no whole record");
     countLine("bad numbers", damage.count(Damage::Misnumbered));
     countLine("bad counts", damage.count(Damage::CountTooLarge));
     countLine("cut lines", damage.count(Damage::CutLine));
