@@ -36,22 +36,28 @@ std::string binary() {
     return binaryOf(someFrames());
 }
 
+std::vector<Frame> framesFrom(uint32_t first, uint32_t last) {
+    std::vector<Frame> frames;
+    for (uint32_t number = first; number <= last; ++number) {
+        frames.push_back(frame(number));
+    }
+    return frames;
+}
+
 // Frames 240 to 279; a value is 256 in all of them.
 std::string withValue256() {
-    std::vector<Frame> frames;
-    for (uint32_t number = 240; number < 280; ++number) {
-        frames.push_back(frame(number));
-        frames.back().setGmeNcsDep = 256;
+    std::vector<Frame> frames = framesFrom(240, 279);
+    for (Frame& each : frames) {
+        each.setGmeNcsDep = 256;
     }
     return binaryOf(frames);
 }
 
 // Frames 1 to `last` with a value that counts two a frame.
 std::string withCountingValue(uint32_t last) {
-    std::vector<Frame> frames;
-    for (uint32_t number = 1; number <= last; ++number) {
-        frames.push_back(frame(number));
-        frames.back().ae_af_awb_info.words[0] = 2 * number;
+    std::vector<Frame> frames = framesFrom(1, last);
+    for (Frame& each : frames) {
+        each.ae_af_awb_info.words[0] = 2 * each.frameNumber;
     }
     return binaryOf(frames);
 }
@@ -79,11 +85,7 @@ std::string withNumber(std::string dump, size_t record, uint32_t number) {
 
 // Frames 67296 to 67319; of the first, one byte is there, and the number of 67301 is damaged.
 std::string withOneByteOfTheFirst() {
-    std::vector<Frame> frames;
-    for (uint32_t number = 67296; number < 67320; ++number) {
-        frames.push_back(frame(number));
-    }
-    return withNumber(binaryOf(frames), 5, 4000000000).erase(1, kBlock - 1);
+    return withNumber(binaryOf(framesFrom(67296, 67319)), 5, 4000000000).erase(1, kBlock - 1);
 }
 
 std::string withoutLine(std::string lines, uint32_t number) {
@@ -202,8 +204,7 @@ const OddDump kOddDumps[] = {
          "a.bin",
          withOneByteOfTheFirst(),
          "offset 0: expected a record, passed 1 byte to the next whole record\nvdrdump: FILE: "
-         "offset "
-         "16385: expected a frame number near 67300, found 4000000000",
+         "offset 16385: expected a frame number near 67300, found 4000000000",
          {"session 1       23 records, frames 67297 to 67319"}},
         // In each session's last records, as few go on from those in step as from the values.
         {"ValueThatCountsAsFrameNumbersDo",

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "tests/vdrdump/MadeSession.h"
 #include "tests/vdrdump/Program.h"
 #include "tools/read/DumpName.h"
@@ -147,6 +149,11 @@ TEST(Program, Output_ReplacesWhatIsThereButNeverItsDump) {
     const std::string out = folder.file("out.csv", std::string(100000, 'x'));
     EXPECT_EQ(run({"export", "--format", "csv", "-o", out}, bytes).status, 0);
     EXPECT_EQ(contentsOf(out), run({"export", "--format", "csv"}, bytes).out);
+}
+
+TEST(Program, HelpThatDoesNotArrive_IsAFailure) {
+    const char* const command = "exec " VDRDUMP_PROGRAM " --help >/dev/full 2>/dev/null";
+    EXPECT_EQ(WEXITSTATUS(std::system(command)), 1);
 }
 
 TEST(Program, PlotThatFails_SaysSoAndLeavesTheOldOne) {

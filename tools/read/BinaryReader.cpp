@@ -60,11 +60,10 @@ bool BinaryReader::next(Record& record) {
     }
 }
 
-BinaryReader::Step BinaryReader::step(const BlockView& view) {
+BinaryReader::Step BinaryReader::step(const BlockView& view) const {
     if (countsOn(view)) {
         return {Step::Kind::Record, kBlock};
     }
-    mCounted = 0;
     const size_t zeros = view.zeros();
     if (zeros >= std::min(kBlock, view.size())) {
         return {Step::Kind::Zeros, zeros};
@@ -74,21 +73,14 @@ BinaryReader::Step BinaryReader::step(const BlockView& view) {
 
 // Two are too few: behind a cut record, the next place in step lies inside another, where a number
 // may be read that goes on.
-bool BinaryReader::countsOn(const BlockView& view) {
-    if (!view.holds(0, BlockView::kBeyondDoubt * kBlock) ||
-        !BlockView::isNear(mLast, view.number(0))) {
-        return false;
+bool BinaryReader::countsOn(const BlockView& view) const {
+    constexpr size_t kEnd = BlockView::kBeyondDoubt * kBlock;
+    bool countsOn = view.holds(0, kEnd) && BlockView::isNear(mLast, view.number(0));
+    for (size_t at = 0; countsOn && at < kEnd; at += kBlock) {
+        countsOn = view.isSound(at) &&
+                   (at == 0 || BlockView::follows(view.number(at - kBlock), view.number(at)));
     }
-    for (; mCounted < BlockView::kBeyondDoubt; ++mCounted) {
-        const size_t at = mCounted * kBlock;
-        const bool goesOn =
-                at == 0 || BlockView::follows(view.number(at - kBlock), view.number(at));
-        if (!goesOn || !view.isSound(at)) {
-            return false;
-        }
-    }
-    --mCounted;
-    return true;
+    return countsOn;
 }
 
 // The block in front does not simply count on. It is cut when another record begins inside it, and

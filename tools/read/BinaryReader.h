@@ -29,8 +29,8 @@ private:
         size_t size;
     };
 
-    Step step(const BlockView& view);
-    bool countsOn(const BlockView& view);
+    Step step(const BlockView& view) const;
+    bool countsOn(const BlockView& view) const;
     Step outOfStep(const BlockView& view) const;
     // Where another record begins inside the block in front; its size where none does. `isNext`:
     // that block's number goes on from the last one.
@@ -44,8 +44,7 @@ private:
     DamageLog& mDamage;
     uint64_t mIndex = 0;
     bool mIsFirst = true;
-    uint32_t mLast = 0;   // frame number of the record that was given last
-    size_t mCounted = 0;  // blocks in front that are known to be records in a row
+    uint32_t mLast = 0;  // frame number of the record that was given last
     uint64_t mPassed = 0;
     uint8_t mCut[zk::kFrameRecordSize];
 };
